@@ -1,0 +1,161 @@
+// The two state records that every I/O layer shares, and the start-up that makes them.
+//
+// GlobalContext is the one per-process record. LocalContext is the record of the I/O
+// statement in progress; contexts form a stack (allocated in blocks of ten) so that a
+// statement can run inside another one. The run-time takes no lock: only one thread may
+// be inside the I/O layers at a time, and `busy` is the only guard.
+#pragma once
+
+#include <nl_types.h>
+
+#include <cstdint>
+
+#include "core/lists.h"
+#include "core/options.h"
+
+struct UnitRecord;
+struct InternalFile;
+struct LocalContext;
+
+constexpr int kLowUnits = 100;              // units 0 to 99 live in an array
+constexpr int kNegativeUnits = 100;         // so do -3 to -99, indexed by the negated number
+constexpr int kContextBlock = 10;           // contexts are allocated ten at a time
+constexpr int kMessageBufferSize = 5120;    // shared by all contexts of the stack
+constexpr int kScanBufferSize = 2048;       // list-directed input work area, shared likewise
+constexpr int kScannerStates = 137;
+constexpr uint32_t kNoStatement = 0x80000000u;
+constexpr int32_t kCommandTransfer = 9;     // 0 to 8 are the commands of _vrnIOCmd
+constexpr int32_t kCommandNone = 10;
+
+struct GlobalContext {
+    GlobalContext* parent;  // when set, options are copied from it
+    uint32_t task;
+    UnitRecord* lowUnits[kLowUnits];
+    UnitRecord* negativeUnits[kNegativeUnits];
+    ListHeader* unitHash;   // every other unit number
+    ListHeader* inodeHash;
+    ListHeader* aioRequests;
+    uint32_t aioOutstanding;
+    uint32_t nextAioId;
+    ListHeader* aioScopes;
+    uint32_t aioScopeCounters[2];
+    OptionBlock options;
+    nl_catd catalog;
+    int32_t catalogFailed;
+    nl_catd fallbackCatalog;
+    int32_t fallbackCatalogFailed;
+    uint32_t ldPointStates[kScannerStates];  // scanner state translation DECIMAL=COMMA -> POINT
+    uint32_t ldCommaStates[kScannerStates];  // and POINT -> COMMA
+    int32_t nextNewUnit;
+};
+
+using EndRoutine = int32_t (*)(LocalContext*);
+using UnformattedItemRoutine = int32_t (*)(LocalContext*, void*, int32_t);
+
+struct LocalContext {
+    LocalContext* next;
+    LocalContext* prev;
+    GlobalContext* global;
+    int32_t status;          // 0, or the kind of the failure a specifier took over
+    uint32_t busy;
+    uint32_t itemsStopped;   // item calls return at once
+    uint32_t options;
+    uint32_t statementFlags; // kNoStatement when idle
+    UnitRecord* unit;        // null for an internal file
+    int32_t charsTransferred;
+    int32_t charsBase;
+    int32_t recordLength;    // -1 while unknown
+    int32_t recordMax;
+    int32_t column;
+    int32_t leftLimit;
+    int32_t highWater;
+    uint32_t padInput;
+    uint32_t advancing;
+    char* internalRecord;
+    char* internalEnd;
+    void* internalIterator;  // non-contiguous internal array; owned, freed by _vrnEndIO
+    uint32_t formatState[2]; // cleared at every statement start
+    uint32_t recordOverflow;
+    uint32_t atEndOfFile;
+    EndRoutine endRoutine;
+    void* iostatAddress;
+    int64_t iostatValue;
+    int32_t iostatWidth;     // 4 or 8
+    char* iomsgAddress;
+    int32_t iomsgLength;
+    char* messageBuffer;
+    int32_t messageLength;
+    int32_t* sizeAddress;
+    int32_t* numAddress;
+    int32_t* idAddress;
+    int64_t* idAddress8;
+    int64_t recordNumber;
+    char* scanBuffer;
+    // List-directed state; the item routines own its meaning.
+    uint32_t ldItemCount;
+    uint32_t ld_skip_separator;
+    uint32_t ld_first_item;
+    uint32_t ldAtFirstColumn;
+    char ldSeparator;
+    int32_t ldLookAhead;     // a read-ahead character of the scanner, -1 for none
+    void* aioRequest;
+    UnformattedItemRoutine readItem;
+    UnformattedItemRoutine writeItem;
+    int64_t streamPosition;  // POS= minus 1, -1 when not given
+    uint32_t shortRecordSeen;
+    UnitRecord* parentUnit;  // what a derived-type I/O parent leaves for its child
+    uint32_t parentFlags;
+    int32_t parentLeftLimit;
+    uint32_t parentBlank;
+    uint32_t parentDelim;
+    uint32_t parentSign;
+    uint32_t parentDecimal;
+    uint32_t parentRound;
+    uint32_t parentPad;
+    uint32_t dtioChild;
+    uint32_t nested;         // pushed on top of a busy context
+    uint32_t dtioFlags;
+    LocalContext** anchor;   // address of _LocalContext
+    int32_t msgLine;
+    const char* msgFile;
+    int32_t msgFileLength;
+    uint32_t modePad;
+    uint32_t modeDelim;
+    uint32_t modeBlank;
+    uint32_t modeSign;
+    uint32_t modeDecimal;
+    uint32_t modeRound;
+    int32_t command;
+};
+
+// The process-wide state. _LocalContext[0] is the top of the context stack, [1] the
+// bottom context of the first block.
+extern uint32_t RTE_Initialized;
+extern GlobalContext* _GlobalContext;
+extern LocalContext* _LocalContext[2];
+
+void InitializeRTE();
+
+// Every exported entry point calls this before anything else; there is no constructor.
+inline void EnsureRuntimeStarted() {
+    if (RTE_Initialized == 0) InitializeRTE();
+}
+
+GlobalContext* CreateGlobalContext(uint32_t task, GlobalContext* parent);
+void DestroyGlobalContext(GlobalContext* global);
+LocalContext* CreateLocalContext(GlobalContext* global);
+void GrowLocalContext(LocalContext* context);
+void NeuterLocalContext(LocalContext* context);
+void FreeLocalContext(LocalContext** anchor);
+GlobalContext* FindGlobalContext(int32_t flag);
+void SetBufferingFlag(GlobalContext* global, LocalContext* context);
+void FillScannerStateTables(GlobalContext* global);
+
+// Writes a fixed text to descriptor 2 and sends the process signal 6: for failures where
+// no message machinery can be trusted.
+[[noreturn]] void CatastrophicExit(const char* text);
+
+// The end of the run-time: flushes and closes every unit and frees all state. A later
+// call starts the run-time anew.
+void RTECleanup();
+[[noreturn]] void AbnormalExit(int32_t status);

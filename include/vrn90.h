@@ -1,0 +1,139 @@
+/*
+ * libvrn90_t: the run-time library of the VR Fortran compiler.
+ *
+ * This header declares what compiled code calls and the binary records it builds.
+ * On the 32-bit target every record below has its fixed layout of 32-bit words; on a
+ * 64-bit host the words that hold an address widen to 64 bits and nothing else does.
+ */
+#ifndef VRN90_H
+#define VRN90_H
+
+#include <stdint.h>
+
+#include "vrn90_keywords.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Statement flags: the second argument of _vrnBeginIO ---------------------- */
+
+#define VRN_KIND_UNFORMATTED   0u
+#define VRN_KIND_LIST_DIRECTED 1u
+#define VRN_KIND_NAMELIST      2u
+#define VRN_KIND_FORMATTED     3u
+
+#define VRN_DIRECTION_READ  0u
+#define VRN_DIRECTION_WRITE 1u
+
+#define VRN_ACCESS_SEQUENTIAL 0u
+#define VRN_ACCESS_DIRECT     1u /* REC= */
+#define VRN_ACCESS_STREAM     4u /* POS= */
+
+#define VRN_FLAG_INTERNAL     0x00800000u
+#define VRN_FLAG_ASYNCHRONOUS 0x01000000u
+
+/* Packs a statement description: kind in bits 0-7, direction in 8-15, access in 16-22. */
+#define VRN_STATEMENT_FLAGS(kind, direction, access) \
+    ((uint32_t)(kind) | ((uint32_t)(direction) << 8) | ((uint32_t)(access) << 16))
+
+/* ---- Statement options: the fourth argument of _vrnBeginIO and _vrnIOCmd -------- */
+
+#define VRN_OPTION_OPEN_APPEND_OLD      0x00000001u /* OPEN: default POSITION of an OLD file is APPEND */
+#define VRN_OPTION_OPEN_APPEND_UNKNOWN  0x00000002u /* OPEN: the same for an UNKNOWN file */
+#define VRN_OPTION_INQUIRE_BY_UNIT      0x00000001u
+#define VRN_OPTION_LD_INTERCHANGE       0x00000008u /* T and F for integers, numbers for logicals */
+#define VRN_OPTION_LD_OVERFLOW_MINUS2   0x00000010u /* IOSTAT= -2, not 2, for a record too long */
+#define VRN_OPTION_BOZ_RULE             0x00000020u
+#define VRN_OPTION_NO_LEADING_ZERO      0x00000040u
+#define VRN_OPTION_FORMAT_CONTROL_RULE  0x00000080u
+#define VRN_OPTION_NONADVANCING         0x00000100u /* ADVANCE="NO" */
+#define VRN_OPTION_NAMELIST_OUTPUT_RULE 0x00000200u
+#define VRN_OPTION_IO_AFTER_ENDFILE     0x00000400u
+#define VRN_OPTION_NEGATIVE_ZERO_SIGN   0x00008000u
+#define VRN_OPTION_ADVANCE_YES          0x00010000u /* ADVANCE="YES" was given */
+#define VRN_OPTION_DTIO_INTEGER8        0x00040000u
+#define VRN_OPTION_LOGICAL_OUTPUT       0x00080000u
+#define VRN_OPTION_REAL_OUTPUT_RULE     0x00100000u
+#define VRN_OPTION_PAD_RULE             0x10000000u /* OPEN: PAD="YES" by default; internal file: PAD="NO" */
+#define VRN_OPTION_ERR                  0x20000000u /* ERR= is present */
+#define VRN_OPTION_END                  0x40000000u /* END= is present */
+#define VRN_OPTION_EOR                  0x80000000u /* EOR= is present */
+
+/* ---- KeywordList: the tagged specifier list ------------------------------------ */
+
+/*
+ * One specifier. A character value is a = address, b = length, or a = 0 and b = the
+ * keyword number of the value when the compiler knows it. An integer or an address is
+ * in a. A 64-bit value has its high half in a and its low half in b.
+ */
+typedef struct KeywordEntry {
+    uint32_t tag;
+    uintptr_t a;
+    uint32_t b;
+} KeywordEntry;
+
+typedef struct KeywordList {
+    uint32_t version; /* must be 1 */
+    uint32_t count;
+    KeywordEntry entries[];
+} KeywordList;
+
+/* ---- Internal file description -------------------------------------------------- */
+
+/*
+ * For an internal file the unit word holds the address of this description. When
+ * recordLength is 0 and lengthOrDescriptor is not, the file is a non-contiguous
+ * character array and lengthOrDescriptor is the address of its RTD.
+ */
+typedef struct InternalFile {
+    uintptr_t base;
+    uintptr_t lengthOrDescriptor; /* total length in bytes, or the RTD address */
+    uint32_t recordLength;
+} InternalFile;
+
+/* ---- File statements: the command numbers of _vrnIOCmd ------------------------- */
+
+#define VRN_COMMAND_OPEN      0
+#define VRN_COMMAND_CLOSE     1
+#define VRN_COMMAND_INQUIRE   2
+#define VRN_COMMAND_BACKSPACE 3
+#define VRN_COMMAND_REWIND    4
+#define VRN_COMMAND_ENDFILE   5
+#define VRN_COMMAND_FLUSH     6
+#define VRN_COMMAND_INVALID   7
+#define VRN_COMMAND_WAIT      8
+
+/* The unit number that asks OPEN for a NEWUNIT= number. */
+#define VRN_NEWUNIT_MARKER ((int32_t)0x80000000)
+
+/* ---- Entry points --------------------------------------------------------------- */
+
+typedef struct LocalContext LocalContext;
+
+/* A data transfer statement: _vrnBeginIO, one call per item, _vrnEndIO. */
+LocalContext* _vrnBeginIO(void* unitAddress, uint32_t statementFlags, const KeywordList* keywords,
+                          uint32_t options, void* iostatAddress, int32_t recordNumber,
+                          void* kindArgument);
+int32_t _vrnEndIO(LocalContext* context);
+
+/* A file statement (OPEN, CLOSE, INQUIRE, BACKSPACE, REWIND, ENDFILE, FLUSH, WAIT). */
+int32_t _vrnIOCmd(int32_t unitNumber, int32_t command, const KeywordList* keywords,
+                  uint32_t options, void* iostatAddress);
+
+/* Text to keyword: the row's flag word or-ed with its number, or 0. */
+uint32_t _vrnFindIOKeyword(const char* text, int32_t length);
+uint32_t _vrnfindiokeyword(const char* text, int32_t length);
+
+/* There are no tasks in this library: 7 for a non-null argument, 0 for null. */
+int32_t _vrnRegisterTask(void* task);
+int32_t _vrnDeregisterTask(void* task);
+
+/* Normal end of the program: flushes and closes every unit, then exits with status. */
+void _vrnExit(int32_t status) __attribute__((noreturn));
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,11 @@
+// List-directed and namelist I/O: the Begin and End routines of those statements and
+// their item routines.
+#pragma once
+
+#include <cstdint>
+
+struct LocalContext;
+
+// A list-directed WRITE starts its record with one blank and ends it at _vrnEndIO.
+int32_t BeginIOWriteLd(LocalContext* context, void* kindArgument);
+int32_t EndIOWriteLd(LocalContext* context);

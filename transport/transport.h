@@ -1,0 +1,53 @@
+// Record transport: moving bytes between the statement layers and files.
+//
+// The lower level works on a UnitRecord (the unit buffer, WriteUnit, FlushUnit); the
+// upper level works on a LocalContext and knows records (IOPutByte, IOWrite, IOFill,
+// IOTerminateRecord). Item layers call only the upper level, which serves internal and
+// external files alike. Connection (OPEN, preconnection, implicit open) lives here too.
+#pragma once
+
+#include <cstdint>
+
+struct GlobalContext;
+struct LocalContext;
+struct UnitRecord;
+struct KeywordList;
+
+// Results of AttachBufferToUnit.
+constexpr int32_t kAttachOk = 0;
+constexpr int32_t kAttachNoMemory = 1;
+constexpr int32_t kAttachReclTooLarge = 2;
+
+// ---- Unit buffer ----
+int32_t AttachBufferToUnit(GlobalContext* global, UnitRecord* unit);
+int32_t DetachBufferFromUnit(GlobalContext* global, UnitRecord* unit, int32_t closeDescriptor);
+int32_t WriteUnit(GlobalContext* global, UnitRecord* unit, const void* bytes, int32_t count);
+int32_t WriteNonstop(int fd, const void* bytes, int32_t count);
+int32_t FlushUnit(GlobalContext* global, UnitRecord* unit, int32_t complete);
+void FlushAllUnits(GlobalContext* global);
+void FlushAllOutputUnits(GlobalContext* global);
+int32_t TruncateUnit(GlobalContext* global, UnitRecord* unit);
+
+// ---- Records ----
+int32_t IOPutByte(LocalContext* context, int byte);
+int32_t IOWrite(LocalContext* context, const void* bytes, int32_t count);
+int32_t IOFill(LocalContext* context, int byte, int32_t count);
+int32_t IOTerminateRecord(LocalContext* context);
+
+// ---- Positioning ----
+constexpr int32_t kEndOfRecordOffset = INT32_MIN;
+int32_t IOSetRecordOffset(LocalContext* context, int32_t offset);
+int32_t RepositionUnit(GlobalContext* global, UnitRecord* unit, int64_t offset);
+int32_t SeekUnitToFilePosition(GlobalContext* global, LocalContext* context, UnitRecord* unit, int64_t offset);
+constexpr int32_t kSeekStart = 0;
+constexpr int32_t kSeekBackOneRecord = 1;
+constexpr int32_t kSeekEnd = 2;
+int32_t SeekUnitToRecord(GlobalContext* global, UnitRecord* unit, int64_t record, int32_t mode);
+
+// ---- Connection ----
+void PreconnectUnits(GlobalContext* global, LocalContext* context);
+int32_t PreconnectOneUnit(GlobalContext* global, LocalContext* context, int32_t unitNumber, int descriptor);
+int32_t QueryDeviceInfo(UnitRecord* unit, const char* nameForMessages);
+int32_t ImplicitOpen(GlobalContext* global, LocalContext* context, UnitRecord* unit, uint32_t statementFlags);
+int32_t OpenCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
+int32_t CloseCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
