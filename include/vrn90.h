@@ -8,6 +8,7 @@
 #ifndef VRN90_H
 #define VRN90_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include "vrn90_keywords.h"
@@ -134,6 +135,16 @@ void _vrnExit(int32_t status) __attribute__((noreturn));
 
 #ifdef __cplusplus
 }
+#define VRN_STATIC_ASSERT static_assert
+#else
+#define VRN_STATIC_ASSERT _Static_assert
+#endif
+
+/* On the 32-bit target the records are exactly their words. */
+#if UINTPTR_MAX == 0xFFFFFFFFu
+VRN_STATIC_ASSERT(sizeof(KeywordEntry) == 12 && offsetof(KeywordEntry, b) == 8, "KeywordEntry is three words");
+VRN_STATIC_ASSERT(sizeof(KeywordList) == 8 && offsetof(KeywordList, entries) == 8, "KeywordList header is two words");
+VRN_STATIC_ASSERT(sizeof(InternalFile) == 12, "an internal file description is three words");
 #endif
 
 #endif

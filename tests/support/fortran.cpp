@@ -1,0 +1,166 @@
+#include "tests/support/fortran.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+#include "core/context.h"
+#include "transport/transport.h"
+
+namespace vrntest {
+
+Specifiers::Specifiers() = default;
+
+Specifiers& Specifiers::Text(uint32_t tag, std::string_view text) {
+    texts_.emplace_back(text);
+    const std::string& kept = texts_.back();
+    return Value(tag, reinterpret_cast<uintptr_t>(kept.data()), static_cast<uint32_t>(kept.size()));
+}
+
+Specifiers& Specifiers::Keyword(uint32_t tag, uint32_t keyword) { return Value(tag, 0, keyword); }
+
+Specifiers& Specifiers::Value(uint32_t tag, uintptr_t a, uint32_t b) {
+    entries_.push_back(KeywordEntry{tag, a, b});
+    return *this;
+}
+
+Specifiers& Specifiers::Address(uint32_t tag, void* address, uint32_t length) {
+    return Value(tag, reinterpret_cast<uintptr_t>(address), length);
+}
+
+Specifiers& Specifiers::Version(uint32_t version) {
+    version_ = version;
+    return *this;
+}
+
+Specifiers& Specifiers::Location(std::string_view file, int32_t line) {
+    Value(VRN_KEY_MSGLINE, static_cast<uintptr_t>(line));
+    return Text(VRN_KEY_MSGFILE, file);
+}
+
+const KeywordList* Specifiers::list() {
+    size_t bytes = sizeof(KeywordList) + entries_.size() * sizeof(KeywordEntry);
+    storage_.assign((bytes + sizeof(uint64_t) - 1) / sizeof(uint64_t), 0);
+    auto* list = reinterpret_cast<KeywordList*>(storage_.data());
+    list->version = version_;
+    list->count = static_cast<uint32_t>(entries_.size());
+    for (size_t i = 0; i < entries_.size(); ++i) list->entries[i] = entries_[i];
+    return list;
+}
+
+Statement::Statement(int32_t unit, uint32_t flags, Specifiers* specifiers, uint32_t options, void* iostat,
+                     int32_t record)
+    : unit_(unit) {
+    context_ = _vrnBeginIO(&unit_, flags, specifiers != nullptr ? specifiers->list() : nullptr, options, iostat, record,
+                           nullptr);
+}
+
+Statement& Statement::Bytes(std::string_view bytes) {
+    if (!context_->itemsStopped) IOWrite(context_, bytes.data(), static_cast<int32_t>(bytes.size()));
+    return *this;
+}
+
+int32_t Statement::End() { return _vrnEndIO(context_); }
+
+InternalWrite::InternalWrite(char* base, uint32_t length, uint32_t records, Specifiers* specifiers)
+    : description_{reinterpret_cast<uintptr_t>(base), static_cast<uintptr_t>(length) * records, length},
+      address_(&description_) {
+    context_ = _vrnBeginIO(&address_, InternalListWrite, specifiers != nullptr ? specifiers->list() : nullptr, 0,
+                           nullptr, 0, nullptr);
+}
+
+InternalWrite& InternalWrite::Bytes(std::string_view bytes) {
+    if (!context_->itemsStopped) IOWrite(context_, bytes.data(), static_cast<int32_t>(bytes.size()));
+    return *this;
+}
+
+int32_t InternalWrite::End() { return _vrnEndIO(context_); }
+
+int32_t PrintEmpty() { return Statement(6, ListWrite).End(); }
+
+int32_t Open(int32_t unit, Specifiers& specifiers, void* iostat, uint32_t options) {
+    return _vrnIOCmd(unit, VRN_COMMAND_OPEN, specifiers.list(), options, iostat);
+}
+
+int32_t Close(int32_t unit, void* iostat) { return _vrnIOCmd(unit, VRN_COMMAND_CLOSE, nullptr, 0, iostat); }
+
+void ResetRuntime() { RTECleanup(); }
+
+namespace {
+
+std::string MakeTempFile(const char* stem) {
+    const char* directory = std::getenv("TMPDIR");
+    std::string path = std::string(directory != nullptr ? directory : "/tmp") + "/" + stem + "XXXXXX";
+    int fd = mkstemp(path.data());
+    if (fd >= 0) close(fd);
+    return path;
+}
+
+}  // namespace
+
+CapturedRun::CapturedRun() {
+    std::fflush(stdout);
+    std::fflush(stderr);
+    ResetRuntime();
+    outPath_ = MakeTempFile("vrn_out");
+    errPath_ = MakeTempFile("vrn_err");
+    savedOut_ = dup(1);
+    savedErr_ = dup(2);
+    int out = open(outPath_.c_str(), O_WRONLY | O_TRUNC);
+    int err = open(errPath_.c_str(), O_WRONLY | O_TRUNC);
+    dup2(out, 1);
+    dup2(err, 2);
+    close(out);
+    close(err);
+}
+
+void CapturedRun::Finish() {
+    if (finished_) return;
+    finished_ = true;
+    ResetRuntime();
+    dup2(savedOut_, 1);
+    dup2(savedErr_, 2);
+    close(savedOut_);
+    close(savedErr_);
+    out_ = ReadFile(outPath_);
+    err_ = ReadFile(errPath_);
+    unlink(outPath_.c_str());
+    unlink(errPath_.c_str());
+}
+
+CapturedRun::~CapturedRun() { Finish(); }
+
+TempDir::TempDir() {
+    const char* directory = std::getenv("TMPDIR");
+    path_ = std::string(directory != nullptr ? directory : "/tmp") + "/vrn_testXXXXXX";
+    if (mkdtemp(path_.data()) == nullptr) path_.clear();
+}
+
+TempDir::~TempDir() {
+    if (DIR* dir = opendir(path_.c_str())) {
+        while (dirent* entry = readdir(dir)) {
+            if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+                unlink(Path(entry->d_name).c_str());
+            }
+        }
+        closedir(dir);
+    }
+    rmdir(path_.c_str());
+}
+
+std::string TempDir::Path(std::string_view name) const { return path_ + "/" + std::string(name); }
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+}  // namespace vrntest

@@ -1,0 +1,113 @@
+// Plays the compiler: builds KeywordLists and statement calls the way compiled code
+// does, and captures what a program's standard output and standard error receive.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "vrn90.h"
+
+namespace vrntest {
+
+// A KeywordList as the compiler lays it out.
+class Specifiers {
+public:
+    Specifiers();
+    // A character value given as text (a = address, b = length); the text is kept alive.
+    Specifiers& Text(uint32_t tag, std::string_view text);
+    // A character value the compiler knew: a = 0, b = its keyword number.
+    Specifiers& Keyword(uint32_t tag, uint32_t keyword);
+    Specifiers& Value(uint32_t tag, uintptr_t a, uint32_t b = 0);
+    Specifiers& Address(uint32_t tag, void* address, uint32_t length = 0);
+    Specifiers& Version(uint32_t version);
+    // The location the compiler sends first with every statement.
+    Specifiers& Location(std::string_view file, int32_t line);
+    const KeywordList* list();
+
+private:
+    std::vector<KeywordEntry> entries_;
+    std::deque<std::string> texts_;
+    std::vector<uint64_t> storage_;
+    uint32_t version_ = 1;
+};
+
+constexpr uint32_t ListWrite = VRN_STATEMENT_FLAGS(VRN_KIND_LIST_DIRECTED, VRN_DIRECTION_WRITE, VRN_ACCESS_SEQUENTIAL);
+constexpr uint32_t ListRead = VRN_STATEMENT_FLAGS(VRN_KIND_LIST_DIRECTED, VRN_DIRECTION_READ, VRN_ACCESS_SEQUENTIAL);
+constexpr uint32_t DirectListWrite = VRN_STATEMENT_FLAGS(VRN_KIND_LIST_DIRECTED, VRN_DIRECTION_WRITE, VRN_ACCESS_DIRECT);
+constexpr uint32_t DirectListRead = VRN_STATEMENT_FLAGS(VRN_KIND_LIST_DIRECTED, VRN_DIRECTION_READ, VRN_ACCESS_DIRECT);
+constexpr uint32_t StreamListWrite = VRN_STATEMENT_FLAGS(VRN_KIND_LIST_DIRECTED, VRN_DIRECTION_WRITE, VRN_ACCESS_STREAM);
+constexpr uint32_t InternalListWrite = ListWrite | VRN_FLAG_INTERNAL;
+
+// One data transfer statement on an external unit: BeginIO now, End() at the end.
+class Statement {
+public:
+    Statement(int32_t unit, uint32_t flags, Specifiers* specifiers = nullptr, uint32_t options = 0,
+              void* iostat = nullptr, int32_t record = 0);
+    LocalContext* context() const { return context_; }
+    // Puts bytes into the current record through the record layer, as an item would.
+    Statement& Bytes(std::string_view bytes);
+    int32_t End();
+
+private:
+    int32_t unit_;
+    LocalContext* context_;
+};
+
+// An internal WRITE to a character variable or array of `records` elements of `length`.
+class InternalWrite {
+public:
+    InternalWrite(char* base, uint32_t length, uint32_t records, Specifiers* specifiers = nullptr);
+    LocalContext* context() const { return context_; }
+    InternalWrite& Bytes(std::string_view bytes);
+    int32_t End();
+
+private:
+    InternalFile description_;
+    InternalFile* address_;
+    LocalContext* context_;
+};
+
+// PRINT * with no items.
+int32_t PrintEmpty();
+
+// A file statement; returns the routine's status.
+int32_t Open(int32_t unit, Specifiers& specifiers, void* iostat = nullptr, uint32_t options = 0);
+int32_t Close(int32_t unit, void* iostat = nullptr);
+
+// Starts the run-time afresh with standard output and standard error going to files, so
+// that the preconnected units see them. Finish() flushes everything and gives the text.
+class CapturedRun {
+public:
+    CapturedRun();
+    ~CapturedRun();
+    void Finish();
+    const std::string& out() const { return out_; }
+    const std::string& err() const { return err_; }
+
+private:
+    int savedOut_ = -1, savedErr_ = -1;
+    std::string outPath_, errPath_, out_, err_;
+    bool finished_ = false;
+};
+
+// A fresh directory for the files of one test, removed with its files at the end.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    std::string Path(std::string_view name) const;
+    const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+};
+
+std::string ReadFile(const std::string& path);
+
+// Ends the run-time so that the next call starts it again (a fresh program).
+void ResetRuntime();
+
+}  // namespace vrntest
