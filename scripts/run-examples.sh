@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# Builds the library for this machine and runs the examples.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+cmake --preset host -DVRN_BUILD_TESTS=OFF -DVRN_BUILD_BENCH=OFF >/dev/null
+cmake --build --preset host
+for example in print_empty files; do
+  echo "== examples/$example"
+  (cd build/host/examples && ./"$example")
+done
