@@ -27,7 +27,9 @@ int32_t CloseCmd(GlobalContext* global, LocalContext* context, int32_t unitNumbe
     if (unit == nullptr) return context->status;  // closing an unconnected unit does nothing
     if (disposition == VRN_KEY_DELETE) unit->deleteOnClose = 1;
     if (disposition == VRN_KEY_KEEP) unit->deleteOnClose = 0;
-    if (!CloseUnit(global, context, unit, !unit->preconnected)) {
+    // A unit poisoned earlier has reported its failure already; closing it stays silent.
+    bool reported = unit->permanentError != 0;
+    if (!CloseUnit(global, context, unit, !unit->preconnected) && !reported) {
         ErrorHandler(kClassSevere, kKindError, 14, 14, ArgInt(1), unitNumber, ArgErrno(2), errno, 0u);
     }
     return context->status;

@@ -181,6 +181,16 @@ int32_t WriteUnit(GlobalContext* global, UnitRecord* unit, const void* bytes, in
     const char* next = static_cast<const char*>(bytes);
     if (unit->recordBuffered) {
         // The record layer has checked maxRecord, and the buffer holds the largest record.
+        // Only a message written into a long record in progress on unit 0 can exceed it:
+        // that goes out around the buffer rather than past its end.
+        if (count > static_cast<int32_t>(unit->buffer + unit->bufferSize - unit->cursor)) {
+            if (!FlushUnit(global, unit, 1) || WriteNonstop(unit->fd, next, count) < 0) {
+                unit->permanentError = 1;
+                return -1;
+            }
+            unit->filePosition += count;
+            return count;
+        }
         std::memcpy(unit->cursor, next, static_cast<size_t>(count));
         unit->cursor += count;
         unit->bufferFill = std::max(unit->bufferFill, static_cast<int32_t>(unit->cursor - unit->buffer));

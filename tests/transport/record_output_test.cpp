@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/context.h"
+#include "core/errors.h"
 #include "core/unit.h"
 #include "tests/support/fortran.h"
 #include "transport/transport.h"
@@ -136,6 +137,27 @@ TEST_F(RecordOutput, PipeRecordsAreLimitedTo32768Characters) {
     close(fds[1]);
 }
 
+TEST_F(RecordOutput, AMessageInsideAFullRecordOnAPipeStaysInBounds) {
+    int fds[2];
+    ASSERT_EQ(pipe(fds), 0);
+    {
+        CapturedRun run;
+        dup2(fds[1], 2);  // unit 0 on a pipe: record buffered, 32,769 bytes of buffer
+        ResetRuntime();
+        Statement write(0, ListWrite);
+        EXPECT_EQ(IOWrite(write.context(), std::string(32767, 'e').data(), 32767), 32767);
+        ErrorHandler(kClassRecoverable, kKindError, 136, 136, 0u);  // printed on unit 0, mid-record
+        write.End();
+        run.Finish();
+    }
+    close(fds[1]);
+    std::string received;
+    char chunk[4096];
+    for (ssize_t got; (got = read(fds[0], chunk, sizeof chunk)) > 0;) received.append(chunk, static_cast<size_t>(got));
+    close(fds[0]);
+    EXPECT_EQ(received, " " + std::string(32767, 'e') + "3714-136\n\n");
+}
+
 TEST_F(RecordOutput, FullDiskPoisonsTheUnitAndLaterFlushesStaySilent) {
     if (access("/dev/full", W_OK) != 0) GTEST_SKIP() << "no /dev/full";
     CapturedRun run;
@@ -150,6 +172,7 @@ TEST_F(RecordOutput, FullDiskPoisonsTheUnitAndLaterFlushesStaySilent) {
     Statement(15, ListWrite, nullptr, 0, &iostat).End();
     EXPECT_EQ(iostat, 15);  // the unit is poisoned
     EXPECT_EQ(Close(15, &iostat), 0);
+    EXPECT_EQ(iostat, 0);  // the failure was reported once; closing is silent
     run.Finish();
     EXPECT_EQ(run.err(), "");
     EXPECT_EXIT(
