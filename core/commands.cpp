@@ -41,16 +41,9 @@ bool AllowedWhileBusy(const LocalContext* context, int32_t command, int32_t unit
     return fromDerivedTypeIo || (command == VRN_COMMAND_INQUIRE && unitNumber == 0);
 }
 
+// A command allowed inside a derived-type I/O procedure takes the parent's modes along.
 LocalContext* PushCommandContext(LocalContext* beneath) {
-    if (beneath->next == nullptr) GrowLocalContext(beneath);
-    LocalContext* pushed = beneath->next;
-    pushed->scanBuffer = beneath->scanBuffer;
-    pushed->messageBuffer = beneath->messageBuffer;
-    pushed->messageLength = beneath->messageLength;
-    pushed->anchor = beneath->anchor;
-    pushed->busy = 1;
-    pushed->nested = 1;
-    pushed->dtioChild = 0;
+    LocalContext* pushed = PushLocalContext(beneath);
     pushed->parentUnit = beneath->parentUnit;
     pushed->modeBlank = pushed->parentBlank = beneath->parentBlank;
     pushed->modeDelim = pushed->parentDelim = beneath->parentDelim;
@@ -58,7 +51,6 @@ LocalContext* PushCommandContext(LocalContext* beneath) {
     pushed->modeDecimal = pushed->parentDecimal = beneath->parentDecimal;
     pushed->modeRound = pushed->parentRound = beneath->parentRound;
     pushed->modePad = pushed->parentPad = beneath->parentPad;
-    _LocalContext[0] = pushed;
     return pushed;
 }
 

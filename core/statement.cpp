@@ -107,7 +107,9 @@ void StartMessageState(LocalContext* context, void* iostatAddress, const Keyword
     ReadMessageSpecifiers(context, keywords);
 }
 
-LocalContext* PushContext(LocalContext* beneath) {
+}  // namespace
+
+LocalContext* PushLocalContext(LocalContext* beneath) {
     if (beneath->next == nullptr) GrowLocalContext(beneath);
     LocalContext* pushed = beneath->next;
     pushed->scanBuffer = beneath->scanBuffer;
@@ -123,6 +125,8 @@ LocalContext* PushContext(LocalContext* beneath) {
     _LocalContext[0] = pushed;
     return pushed;
 }
+
+namespace {
 
 void ResetStatement(LocalContext* context, uint32_t statementFlags, uint32_t options) {
     context->options = options;
@@ -506,7 +510,7 @@ VRN_EXPORT LocalContext* _vrnBeginIO(void* unitAddress, uint32_t statementFlags,
     } else if (shape.internal) {
         // An internal READ or WRITE in a function called from an I/O list is legal. The
         // pushed context has no IOSTAT= or IOMSG=: those went to the context beneath.
-        context = PushContext(context);
+        context = PushLocalContext(context);
     } else if (context->nested) {
         child = true;
     } else {

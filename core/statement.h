@@ -35,3 +35,7 @@ struct KeywordList;
 void ReadMessageSpecifiers(LocalContext* context, const KeywordList* keywords);
 // Stores IOSTAT= and, when there is a message, IOMSG= (blank-padded).
 void DeliverIostatAndIomsg(LocalContext* context);
+
+// Pushes the context above a busy one: it shares the message and scan buffers of the one
+// beneath and starts with no IOSTAT= or IOMSG= of its own.
+LocalContext* PushLocalContext(LocalContext* beneath);

@@ -136,6 +136,19 @@ void FinishInternalWriteRecord(LocalContext* context) {
     if (context->internalRecord >= context->internalEnd) context->atEndOfFile = 1;
 }
 
+// Stores into an internal record what fits of `count` bytes; `store` puts them at the
+// destination. The result is the count stored.
+template <typename Store>
+int32_t PutInternal(LocalContext* context, int32_t count, Store store) {
+    if (context->atEndOfFile) return 0;  // past the last record: nothing to store into
+    BlankInternalGap(context);
+    int32_t fits = RoomFor(context, context->recordLength, count);
+    if (fits <= 0) return 0;
+    store(context->internalRecord + context->column, fits);
+    Advance(context, fits);
+    return fits;
+}
+
 void ClearRecordState(LocalContext* context) {
     context->column = 0;
     context->leftLimit = 0;
@@ -148,15 +161,7 @@ void ClearRecordState(LocalContext* context) {
 
 int32_t IOPutByte(LocalContext* context, int byte) {
     if (IsInternal(context)) {
-        if (context->atEndOfFile) return 0;  // past the last record: nothing to store into
-        BlankInternalGap(context);
-        if (context->column >= context->recordLength) {
-            context->recordOverflow = 1;
-            return 0;
-        }
-        context->internalRecord[context->column] = static_cast<char>(byte);
-        Advance(context, 1);
-        return 1;
+        return PutInternal(context, 1, [byte](char* to, int32_t) { *to = static_cast<char>(byte); });
     }
     if (ReachPendingColumn(context) < 0) return -1;
     if (context->column >= context->recordMax) {
@@ -175,13 +180,8 @@ int32_t IOPutByte(LocalContext* context, int byte) {
 int32_t IOWrite(LocalContext* context, const void* bytes, int32_t count) {
     if (count <= 0) return 0;
     if (IsInternal(context)) {
-        if (context->atEndOfFile) return 0;
-        BlankInternalGap(context);
-        int32_t fits = RoomFor(context, context->recordLength, count);
-        if (fits <= 0) return 0;
-        std::memmove(context->internalRecord + context->column, bytes, static_cast<size_t>(fits));
-        Advance(context, fits);
-        return fits;
+        return PutInternal(context, count,
+                           [bytes](char* to, int32_t fits) { std::memmove(to, bytes, static_cast<size_t>(fits)); });
     }
     if (ReachPendingColumn(context) < 0) return -1;
     int32_t fits = RoomFor(context, context->recordMax, count);
@@ -197,13 +197,8 @@ int32_t IOWrite(LocalContext* context, const void* bytes, int32_t count) {
 int32_t IOFill(LocalContext* context, int byte, int32_t count) {
     if (count <= 0) return 0;
     if (IsInternal(context)) {
-        if (context->atEndOfFile) return 0;
-        BlankInternalGap(context);
-        int32_t fits = RoomFor(context, context->recordLength, count);
-        if (fits <= 0) return 0;
-        std::memset(context->internalRecord + context->column, byte, static_cast<size_t>(fits));
-        Advance(context, fits);
-        return fits;
+        return PutInternal(context, count,
+                           [byte](char* to, int32_t fits) { std::memset(to, byte, static_cast<size_t>(fits)); });
     }
     if (ReachPendingColumn(context) < 0) return -1;
     int32_t fits = RoomFor(context, context->recordMax, count);

@@ -10,11 +10,8 @@
 namespace vrntest {
 namespace {
 
-class ErrorSpecifiers : public ::testing::Test {
+class ErrorSpecifiers : public RuntimeTest {
 protected:
-    void SetUp() override { ResetRuntime(); }
-    void TearDown() override { ResetRuntime(); }
-
     // A statement as its context stands when an error is raised inside it.
     LocalContext* Context(uint32_t options, int32_t command, void* iostat) {
         EnsureRuntimeStarted();

@@ -11,11 +11,7 @@
 namespace vrntest {
 namespace {
 
-class StatementFrame : public ::testing::Test {
-protected:
-    void SetUp() override { ResetRuntime(); }
-    void TearDown() override { ResetRuntime(); }
-};
+class StatementFrame : public RuntimeTest {};
 
 TEST_F(StatementFrame, PrintWithNoItemsWritesOneBlankRecord) {
     CapturedRun run;

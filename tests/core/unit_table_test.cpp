@@ -9,11 +9,8 @@
 namespace vrntest {
 namespace {
 
-class UnitTable : public ::testing::Test {
+class UnitTable : public RuntimeTest {
 protected:
-    void SetUp() override { ResetRuntime(); }
-    void TearDown() override { ResetRuntime(); }
-
     int32_t OpenScratch() {
         int32_t unit = 0;
         int32_t iostat = -1;

@@ -2,6 +2,8 @@
 // does, and captures what a program's standard output and standard error receive.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <deque>
 #include <string>
@@ -109,5 +111,12 @@ std::string ReadFile(const std::string& path);
 
 // Ends the run-time so that the next call starts it again (a fresh program).
 void ResetRuntime();
+
+// Each test runs as a fresh program: the run-time starts on its first call.
+class RuntimeTest : public ::testing::Test {
+protected:
+    void SetUp() override { ResetRuntime(); }
+    void TearDown() override { ResetRuntime(); }
+};
 
 }  // namespace vrntest

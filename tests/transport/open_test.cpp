@@ -11,10 +11,8 @@
 namespace vrntest {
 namespace {
 
-class OpenStatement : public ::testing::Test {
+class OpenStatement : public RuntimeTest {
 protected:
-    void SetUp() override { ResetRuntime(); }
-    void TearDown() override { ResetRuntime(); }
     TempDir dir;
 };
 

@@ -14,11 +14,8 @@
 namespace vrntest {
 namespace {
 
-class RecordOutput : public ::testing::Test {
+class RecordOutput : public RuntimeTest {
 protected:
-    void SetUp() override { ResetRuntime(); }
-    void TearDown() override { ResetRuntime(); }
-
     // OPEN (unit, FILE=name, ...) with a formatted connection; returns IOSTAT=.
     int32_t OpenFile(int32_t unit, const std::string& name, uint32_t access, int32_t recl = 0) {
         Specifiers s;
