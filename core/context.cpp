@@ -40,7 +40,10 @@ void SetGlobalOptions(GlobalContext* global) {
         return;
     }
     SetDefaultOptions(global);
-    // The option text of VRNRTEOPTS and the two older variables are read by the options layer.
+    if (const char* text = std::getenv("VRNRTEOPTS")) {
+        ProcessRTEOptions(global, text, static_cast<int32_t>(std::strlen(text)));
+    }
+    SetOldOptions(global);
 }
 
 }  // namespace

@@ -159,3 +159,6 @@ void FillScannerStateTables(GlobalContext* global);
 // call starts the run-time anew.
 void RTECleanup();
 [[noreturn]] void AbnormalExit(int32_t status);
+// The message of STOP and ERROR STOP (row 0 and 1) on unit 0, with the flag report.
+struct StopCode;
+void PrintStop(const StopCode* code, int32_t value, const int32_t* flags, int row);

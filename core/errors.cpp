@@ -14,22 +14,16 @@
 #include "vrn90.h"
 
 int (*omp_get_thread_num_ptr)() = nullptr;
+const char* vrnFallbackCatalogPath = "/opt/vrcmp/msg/en_US/vrqmsg90.cat";
 
 namespace {
 
 constexpr int kCatalogSet = 2;
 constexpr const char* kCatalogName = "vrqmsg90.cat";
-constexpr const char* kFallbackCatalogPath = "/opt/vrcmp/msg/en_US/vrqmsg90.cat";
 constexpr const char* kMessagePrefix = "3714-";
 constexpr int kMessageProgramStopping = 99;
 constexpr int kMaxArguments = 16;
 constexpr int kMaxFileNameInMessage = 4096;
-
-struct MessageArgument {
-    uint32_t tag;
-    int64_t number;
-    const char* text;
-};
 
 // Appends to a fixed buffer and never overruns it; text beyond the end is dropped.
 struct TextBuilder {
@@ -85,7 +79,7 @@ const char* CatalogText(GlobalContext* global, int message) {
         if (const char* text = catgets(global->catalog, kCatalogSet, message, nullptr)) return text;
     }
     if (global->fallbackCatalog == reinterpret_cast<nl_catd>(-1) && !global->fallbackCatalogFailed) {
-        global->fallbackCatalog = catopen(kFallbackCatalogPath, 0);
+        global->fallbackCatalog = catopen(vrnFallbackCatalogPath, 0);
         if (global->fallbackCatalog == reinterpret_cast<nl_catd>(-1)) global->fallbackCatalogFailed = 1;
     }
     if (global->fallbackCatalog != reinterpret_cast<nl_catd>(-1)) {
@@ -131,7 +125,6 @@ void AppendArgument(TextBuilder& out, const MessageArgument& argument) {
     }
 }
 
-// Copies the catalogue text, putting in "$C1", "$I2" and the like.
 void Substitute(TextBuilder& out, const char* text, const MessageArgument* arguments, int count) {
     while (*text != 0) {
         const char* dollar = std::strchr(text, '$');
@@ -144,17 +137,33 @@ void Substitute(TextBuilder& out, const char* text, const MessageArgument* argum
         const char* p = dollar + 2;
         uint32_t number = 0;
         while (*p >= '0' && *p <= '9') number = number * 10 + static_cast<uint32_t>(*p++ - '0');
-        if (letter == 'C' || letter == 'E' || letter == 'I' || letter == 'L') {
-            for (int i = 0; i < count; ++i) {
-                if ((arguments[i].tag & 0xFFu) == number) {
-                    AppendArgument(out, arguments[i]);
-                    break;
-                }
+        // "$E1" and "$C1" may both be argument 1: the letter picks the kind of argument.
+        uint32_t kind = letter == 'C' ? 0x80000000u : letter == 'E' ? 0x20000000u : letter == 'I' ? 0x40000000u
+                      : letter == 'L' ? 0x10000000u : 0u;
+        if (kind != 0) {
+            const MessageArgument* chosen = nullptr;
+            for (int i = 0; i < count && chosen == nullptr; ++i) {
+                if ((arguments[i].tag & 0xFFu) == number && (arguments[i].tag & 0xF0000000u) == kind) chosen = &arguments[i];
             }
+            for (int i = 0; i < count && chosen == nullptr; ++i) {
+                if ((arguments[i].tag & 0xFFu) == number) chosen = &arguments[i];
+            }
+            if (chosen != nullptr) AppendArgument(out, *chosen);
         }
         text = p;
     }
 }
+
+}  // namespace
+
+int32_t SubstituteArguments(char* out, int32_t capacity, const char* text, const MessageArgument* arguments,
+                            int count) {
+    TextBuilder builder{out, capacity};
+    Substitute(builder, text, arguments, count);
+    return builder.length;
+}
+
+namespace {
 
 void ComposeMessage(char* buffer, int32_t* length, GlobalContext* global, LocalContext* context, int message,
                     const MessageArgument* arguments, int count) {

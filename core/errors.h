@@ -32,12 +32,28 @@ constexpr uint32_t ArgInt64(uint32_t n) { return 0x10000000u + n; }    // two ui
 constexpr uint32_t ArgErrno(uint32_t n) { return 0x20000000u + n; }    // int, "$E"
 constexpr uint32_t ArgText(uint32_t n) { return 0x80000000u + n; }     // const char*, "$C"
 
+// One tagged argument as ErrorHandler has read it.
+struct MessageArgument {
+    uint32_t tag;
+    int64_t number;     // $I, $L, $E
+    const char* text;   // $C
+};
+
+// Copies a catalogue text into `out` (at most `capacity` bytes, no NUL added), putting in
+// the argument of that number for "$C1", "$I2" and the like; a "$" with any other letter
+// puts in nothing. The result is the length written.
+int32_t SubstituteArguments(char* out, int32_t capacity, const char* text, const MessageArgument* arguments,
+                            int count);
+
 int32_t ErrorHandler(int32_t errorClass, int32_t kind, int32_t message, int32_t iostat, ...);
 
 // Poisons the unit and raises class 0 kind 3 with 10 to 13 by what the statement does.
 int32_t IORaisePermanentError(LocalContext* context, UnitRecord* unit, int errnoValue);
 
 void ErrorCloseCatalog();
+
+// Where the catalogue is looked for when catopen's search does not find it.
+extern const char* vrnFallbackCatalogPath;
 
 // The thread number for message prefixes; null without a thread library.
 extern int (*omp_get_thread_num_ptr)();

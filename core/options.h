@@ -48,3 +48,38 @@ void SetDefaultOptions(GlobalContext* global);
 void CopyOptions(const GlobalContext* from, GlobalContext* to);
 // The language levels under which class 3 checks speak.
 bool StrictLanguageLevel(const OptionBlock& options);
+
+// The tokens of an option text.
+enum TokenType {
+    kTokenBad = -1,     // anything else, or a word or number run into a stray character
+    kTokenEnd = 0,
+    kTokenWord = 1,     // letters, digits and underscores, not all digits; upper-cased in place
+    kTokenNumber = 2,   // digits, or "-" directly followed by digits
+    kTokenColon = 3,
+    kTokenEquals = 4,
+    kTokenString = 5,   // between apostrophes; one that never closes is bad
+    kTokenComma = 6,
+    kTokenDash = 7,     // a "-" not followed by a digit
+};
+
+struct Token {
+    int type;
+    char* start;
+    int length;
+};
+
+// Skips white space and reads one token; the result is the position behind it.
+char* FindToken(char* text, Token* token);
+
+// Parses a NUL-terminated option text, which it changes, into the block. The result is 0,
+// or the number of the message that ends the program, with the option's name and the
+// offending text for it; the block is then unchanged.
+int32_t ParseRTEOptions(OptionBlock* options, char* text, char (&option)[64], char (&value)[256]);
+// Reads an option text (not NUL-terminated) into the block. Every error ends the program.
+void ProcessRTEOptions(GlobalContext* global, const char* text, int32_t length);
+// The variables vrq_messages and cnverr, which override VRNRTEOPTS.
+void SetOldOptions(GlobalContext* global);
+// Adds a range of units, keeping the list ascending and free of overlap.
+void AddUnitRange(UnitRange** list, uint32_t* count, uint32_t* capacity, UnitRange* range);
+// Stores omp_get_thread_num for message prefixes; 0 (and message 232) without one.
+int32_t ResolveThreadNumFunc();

@@ -2,7 +2,7 @@
  * Files, units and status values, as the compiler calls the library:
  *
  *       INTEGER U, IOS
- *       CHARACTER(40) MSG
+ *       CHARACTER(100) MSG
  *       OPEN (NEWUNIT=U, FILE='example.dat', STATUS='REPLACE', ACCESS='DIRECT',
  *    &       FORM='FORMATTED', RECL=8)
  *       WRITE (U, *, REC=2)                  ! an empty record 2: eight blanks
@@ -49,7 +49,7 @@ int main(void) {
     _vrnEndIO(_vrnBeginIO(&unit, directWrite, NULL, 0, NULL, 2, NULL));
 
     int32_t iostat = 0;
-    char message[40];
+    char message[100];
     struct Specifiers bad = {{1, 0}};
     Add(&bad, VRN_KEY_MSGLINE, 5, 0);
     Add(&bad, VRN_KEY_MSGFILE, (uintptr_t)"files.f", 7);

@@ -130,8 +130,61 @@ uint32_t _vrnfindiokeyword(const char* text, int32_t length);
 int32_t _vrnRegisterTask(void* task);
 int32_t _vrnDeregisterTask(void* task);
 
+/* ---- Run-time options ---- */
+
+/* The value of one option by its keyword number: 54 (YES) or 28 (NO) for the yes/no
+ * options, the raw 1 or 0 for ERRLOC, ERRTRACE, ERRTHRDNUM and ERRIMAGENUM, the stored
+ * keyword or number for the others, -1 for any other key. */
+int32_t _vrnGetRTEOpts(int32_t key);
+/* Changes options during the run, with the syntax of VRNRTEOPTS. */
+void setrteopts(const char* text, int32_t length);
+void setrteopts_(const char* text, int32_t length);
+
+/* ---- Errors outside I/O statements ---- */
+
+/* A character variable: address and length. */
+typedef struct CharacterVariable {
+    uintptr_t address;
+    uint32_t length;
+} CharacterVariable;
+
+void _vrnRecoverableError(int32_t message);
+void _vrnErrorExit(int32_t message) __attribute__((noreturn));
+/* Reports a message for STAT=/ERRMSG= style callers; iomsg and fileName point to
+ * CharacterVariables and may be null. */
+void _vrnGetErrorMsg1(int32_t errorClass, int32_t kind, int32_t message, int32_t iostat, int32_t* iostatAddress,
+                      const void* iomsg, const char* text);
+void _vrnGetErrorMsgWithLoc1(int32_t errorClass, int32_t kind, int32_t message, int32_t iostat,
+                             int32_t* iostatAddress, const void* iomsg, const void* fileName, int32_t line,
+                             const char* text);
+void _vrnErrorExitWithLoc(int32_t errorClass, int32_t kind, int32_t message, int32_t iostat, int32_t* iostatAddress,
+                          const void* iomsg, const void* fileName, int32_t line, const char* text)
+    __attribute__((noreturn));
+
+/* ---- Termination ---- */
+
+/* A stop code: text and length; a null text with a non-zero length means an integer
+ * code, whose value is the separate argument; both zero means no code. */
+typedef struct StopCode {
+    uintptr_t text;
+    uint32_t length;
+} StopCode;
+
+/* STOP: prints "STOP code" on unit 0 when there is a code, and exits with the integer
+ * code or 0. _vrnStopFPSCR also reports raised floating-point flags when bit 0 of *flags
+ * is set. ERROR STOP exits with the integer code or 1. */
+void _vrnStop(const StopCode* code, int32_t value, ...) __attribute__((noreturn));
+void _vrnStopFPSCR(const StopCode* code, int32_t value, const int32_t* flags) __attribute__((noreturn));
+void _vrnErrorStop(const StopCode* code, int32_t value, const int32_t* flags) __attribute__((noreturn));
+/* PAUSE: 0 after reading a byte from a terminal, 14 when standard input is not one. */
+int32_t _vrnPause(const StopCode* code, int32_t value);
+
 /* Normal end of the program: flushes and closes every unit, then exits with status. */
 void _vrnExit(int32_t status) __attribute__((noreturn));
+void exit_(const int32_t* status) __attribute__((noreturn));
+/* Flushes and closes every unit, then aborts. */
+void abort_(void) __attribute__((noreturn));
+void _vrabort(void) __attribute__((noreturn));
 
 #ifdef __cplusplus
 }

@@ -16,7 +16,10 @@ int32_t CloseCmd(GlobalContext* global, LocalContext* context, int32_t unitNumbe
             if ((entry.tag & 0xFFFFu) != VRN_KEY_STATUS) continue;
             disposition = KeywordOfValue(entry.a, entry.b);
             if (disposition != VRN_KEY_KEEP && disposition != VRN_KEY_DELETE) {
-                if (ErrorHandler(kClassRecoverable, kKindError, 29, 29, ArgInt(1), unitNumber, 0u) != kRecover) {
+                char text[kMaxValueText + 1];
+                KeywordValueText(entry, text);
+                if (ErrorHandler(kClassRecoverable, kKindError, 29, 29, ArgText(1), text, ArgInt(2), unitNumber, 0u) !=
+                    kRecover) {
                     return context->status;
                 }
                 disposition = 0;
@@ -30,7 +33,7 @@ int32_t CloseCmd(GlobalContext* global, LocalContext* context, int32_t unitNumbe
     // A unit poisoned earlier has reported its failure already; closing it stays silent.
     bool reported = unit->permanentError != 0;
     if (!CloseUnit(global, context, unit, !unit->preconnected) && !reported) {
-        ErrorHandler(kClassSevere, kKindError, 14, 14, ArgInt(1), unitNumber, ArgErrno(2), errno, 0u);
+        ErrorHandler(kClassSevere, kKindError, 142, 142, ArgInt(1), unitNumber, ArgErrno(2), errno, 0u);
     }
     return context->status;
 }

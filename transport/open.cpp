@@ -91,9 +91,10 @@ int32_t CheckFileName(const char* name, int32_t* length) {
     return 1;
 }
 
-// Class 1 kind 3 with the unit and a text; true when the caller is to go on.
+// Class 1 kind 3 with the text of the value and the unit, the arguments that the checks
+// of READ and WRITE give the same numbers; true when the caller is to go on.
 bool Recovered(int32_t message, int32_t iostat, int32_t unitNumber, const char* text) {
-    return ErrorHandler(kClassRecoverable, kKindError, message, iostat, ArgInt(1), unitNumber, ArgText(2), text,
+    return ErrorHandler(kClassRecoverable, kKindError, message, iostat, ArgText(1), text, ArgInt(2), unitNumber,
                         0u) == kRecover;
 }
 
@@ -742,7 +743,7 @@ int32_t ImplicitOpen(GlobalContext* global, LocalContext* context, UnitRecord* u
     properties->encoding = VRN_KEY_DEFAULT;
     int32_t named = global->options.optUnitVars ? NameFromVariable("VRNUNIT_", unit->unitNumber, *properties) : 0;
     if (named < 0) {
-        ErrorHandler(kClassRecoverable, kKindError, 154, 31, ArgInt(1), unit->unitNumber, ArgText(2), "", 0u);
+        Recovered(154, 31, unit->unitNumber, "");
         FreeUnit(global, context, unit);
         return 0;
     }

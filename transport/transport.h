@@ -28,6 +28,10 @@ void FlushAllUnits(GlobalContext* global);
 void FlushAllOutputUnits(GlobalContext* global);
 int32_t TruncateUnit(GlobalContext* global, UnitRecord* unit);
 
+// ---- Read side ----
+int32_t FillUnit(GlobalContext* global, UnitRecord* unit);
+int32_t ReadUnit(GlobalContext* global, UnitRecord* unit, void* into, int32_t count);
+
 // ---- Records ----
 int32_t IOPutByte(LocalContext* context, int byte);
 int32_t IOWrite(LocalContext* context, const void* bytes, int32_t count);

@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "core/context.h"
+#include "core/errors.h"
 #include "transport/transport.h"
 
 namespace vrntest {
@@ -91,6 +92,25 @@ int32_t Open(int32_t unit, Specifiers& specifiers, void* iostat, uint32_t option
 int32_t Close(int32_t unit, void* iostat) { return _vrnIOCmd(unit, VRN_COMMAND_CLOSE, nullptr, 0, iostat); }
 
 void ResetRuntime() { RTECleanup(); }
+
+void UseCatalogue(Catalogue catalogue) {
+    static const char* const kNowhere = "/nonexistent/vrqmsg90.cat";
+    if (catalogue == Catalogue::Built) {
+        setenv("NLSPATH", VRN_TEST_CATALOG_DIR "/%N", 1);
+    } else {
+        setenv("NLSPATH", "/nonexistent/%N", 1);
+    }
+    // The fixed fallback path may hold an installed catalogue; tests decide for themselves.
+    vrnFallbackCatalogPath = kNowhere;
+}
+
+void RuntimeTest::SetUp() {
+    unsetenv("VRNRTEOPTS");
+    unsetenv("vrq_messages");
+    unsetenv("cnverr");
+    UseCatalogue(Catalogue::Absent);
+    ResetRuntime();
+}
 
 namespace {
 

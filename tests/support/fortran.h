@@ -112,10 +112,16 @@ std::string ReadFile(const std::string& path);
 // Ends the run-time so that the next call starts it again (a fresh program).
 void ResetRuntime();
 
-// Each test runs as a fresh program: the run-time starts on its first call.
+// Which message catalogue the next start of the run-time finds: none, so that messages
+// are number lines such as "3714-006", or the one the build compiled.
+enum class Catalogue { Absent, Built };
+void UseCatalogue(Catalogue catalogue);
+
+// Each test runs as a fresh program without a catalogue and without run-time options:
+// the run-time starts on its first call.
 class RuntimeTest : public ::testing::Test {
 protected:
-    void SetUp() override { ResetRuntime(); }
+    void SetUp() override;
     void TearDown() override { ResetRuntime(); }
 };
 
