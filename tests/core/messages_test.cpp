@@ -129,6 +129,17 @@ TEST_F(Messages, WithoutTheCatalogueNumbersStand) {
     EXPECT_EQ(run.err(), "3714-166\n");
 }
 
+TEST_F(Messages, AnInstalledCatalogueIsFoundWithoutAnyVariable) {
+    if (access("/opt/vrcmp/msg/en_US/vrqmsg90.cat", R_OK) != 0) {
+        GTEST_SKIP() << "the catalogue is not installed (cmake --install puts it there)";
+    }
+    UseCatalogue(Catalogue::Installed);
+    CapturedRun run;
+    _vrnRecoverableError(166);
+    run.Finish();
+    EXPECT_EQ(run.err(), "3714-166 The random number generator selected does not exist.\n");
+}
+
 TEST(MessageText, ArgumentsArePutInByNumber) {
     MessageArgument arguments[] = {
         {ArgText(1), 0, "name"}, {ArgInt(2), -12, nullptr}, {ArgInt64(3), 5000000000LL, nullptr}, {ArgErrno(4), 2, nullptr}};

@@ -93,6 +93,18 @@ TEST_F(Termination, PauseWithoutATerminalReturns14) {
         ::testing::ExitedWithCode(0), "^PAUSE now\nPAUSE 5\nPAUSE\n$");
 }
 
+TEST_F(Termination, PauseOnATerminalWaitsForAByte) {
+    auto program = [] {
+        int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+        if (terminal < 0 || grantpt(terminal) != 0 || unlockpt(terminal) != 0) std::_Exit(2);
+        int input = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+        if (input < 0 || dup2(input, 0) < 0 || write(terminal, "go\n", 3) != 3) std::_Exit(2);
+        ResetRuntime();
+        std::_Exit(_vrnPause(&kNoCode, 0));
+    };
+    EXPECT_EXIT(program(), ::testing::ExitedWithCode(0), "^PAUSE\n$");
+}
+
 TEST_F(Termination, NothingWrittenIsLostWhateverTheEnd) {
     // Each way out: STOP, ERROR STOP, _vrnExit, exit_; three units each, one from NEWUNIT=.
     int32_t nine = 9;

@@ -94,14 +94,15 @@ int32_t Close(int32_t unit, void* iostat) { return _vrnIOCmd(unit, VRN_COMMAND_C
 void ResetRuntime() { RTECleanup(); }
 
 void UseCatalogue(Catalogue catalogue) {
+    static const char* const kInstalled = vrnFallbackCatalogPath;  // before any test changed it
     static const char* const kNowhere = "/nonexistent/vrqmsg90.cat";
-    if (catalogue == Catalogue::Built) {
-        setenv("NLSPATH", VRN_TEST_CATALOG_DIR "/%N", 1);
-    } else {
-        setenv("NLSPATH", "/nonexistent/%N", 1);
+    switch (catalogue) {
+    case Catalogue::Built: setenv("NLSPATH", VRN_TEST_CATALOG_DIR "/%N", 1); break;
+    case Catalogue::Absent: setenv("NLSPATH", "/nonexistent/%N", 1); break;
+    case Catalogue::Installed: unsetenv("NLSPATH"); break;
     }
     // The fixed fallback path may hold an installed catalogue; tests decide for themselves.
-    vrnFallbackCatalogPath = kNowhere;
+    vrnFallbackCatalogPath = catalogue == Catalogue::Installed ? kInstalled : kNowhere;
 }
 
 void RuntimeTest::SetUp() {

@@ -113,8 +113,9 @@ std::string ReadFile(const std::string& path);
 void ResetRuntime();
 
 // Which message catalogue the next start of the run-time finds: none, so that messages
-// are number lines such as "3714-006", or the one the build compiled.
-enum class Catalogue { Absent, Built };
+// are number lines such as "3714-006"; the one the build compiled, through NLSPATH; or
+// whatever an installation left, with no variable set.
+enum class Catalogue { Absent, Built, Installed };
 void UseCatalogue(Catalogue catalogue);
 
 // Each test runs as a fresh program without a catalogue and without run-time options:
