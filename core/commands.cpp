@@ -16,8 +16,7 @@ using CommandRoutine = int32_t (*)(GlobalContext*, LocalContext*, int32_t, const
 constexpr char kCommandRecursion[] = "VR Fortran (I/O command initialization): I/O recursion detected.\n";
 constexpr char kInvalidCommand[] = "VR Fortran (I/O command): Invalid I/O command.\n";
 
-// INQUIRE, WAIT and the positioning statements have no effect yet beyond the frame:
-// IOSTAT= and IOMSG= are still delivered.
+// INQUIRE and WAIT have no effect beyond the frame: IOSTAT= and IOMSG= are delivered.
 int32_t NoEffectCmd(GlobalContext*, LocalContext* context, int32_t, const KeywordList*) { return context->status; }
 
 int32_t InvalidCmd(GlobalContext*, LocalContext*, int32_t, const KeywordList*) { CatastrophicExit(kInvalidCommand); }
@@ -26,10 +25,10 @@ constexpr CommandRoutine kCommands[] = {
     OpenCmd,      // 0 OPEN
     CloseCmd,     // 1 CLOSE
     NoEffectCmd,  // 2 INQUIRE
-    NoEffectCmd,  // 3 BACKSPACE
-    NoEffectCmd,  // 4 REWIND
-    NoEffectCmd,  // 5 ENDFILE
-    NoEffectCmd,  // 6 FLUSH
+    BackspaceCmd, // 3 BACKSPACE
+    RewindCmd,    // 4 REWIND
+    EndfileCmd,   // 5 ENDFILE
+    FlushCmd,     // 6 FLUSH
     InvalidCmd,   // 7
     NoEffectCmd,  // 8 WAIT
 };

@@ -22,7 +22,7 @@
 
 const BeginRoutine DispatchBeginIO[kDispatchEntries] = {
     nullptr, nullptr, nullptr, nullptr,         // unformatted, synchronous and asynchronous
-    nullptr, BeginIOWriteLd, nullptr, nullptr,  // list-directed
+    BeginIOReadLd, BeginIOWriteLd, nullptr, nullptr,  // list-directed
     nullptr, nullptr, nullptr, nullptr,         // namelist
     nullptr, nullptr, nullptr, nullptr,         // formatted
 };

@@ -9,3 +9,9 @@ struct LocalContext;
 // A list-directed WRITE starts its record with one blank and ends it at _vrnEndIO.
 int32_t BeginIOWriteLd(LocalContext* context, void* kindArgument);
 int32_t EndIOWriteLd(LocalContext* context);
+
+// A list-directed READ skips the rest of its last record at _vrnEndIO.
+int32_t BeginIOReadLd(LocalContext* context, void* kindArgument);
+int32_t EndIOReadLd(LocalContext* context);
+// End of file in a list-directed READ.
+int32_t LDEndOfFileError(LocalContext* context);

@@ -1,36 +1,47 @@
-// The read side of the unit buffer: the raw byte source under the record layer.
+// The read side of the record transport: the unit buffer's raw byte source (FillUnit,
+// ReadUnit) and the record level above it (IOGetByte, IORead, the end of a read record).
+//
+// On the read side the buffer holds the file's bytes from filePosition - bufferOffset on,
+// bufferFill of them. A record-buffered unit (a pipe or a terminal, which cannot seek)
+// keeps the current record from bufferKept on, so that T and TL can go back in it.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
+#include "core/context.h"
+#include "core/errors.h"
 #include "core/unit.h"
+#include "transport/internal_file.h"
 #include "transport/transport.h"
+#include "vrn90.h"
 
 int32_t FillUnit(GlobalContext*, UnitRecord* unit) {
     if (unit->recordBuffered) {
-        // The tail from bufferKept on is the record being read: it stays.
-        uint32_t kept = unit->bufferKept;
+        uint32_t kept = std::min(unit->bufferKept, static_cast<uint32_t>(unit->bufferFill));
         int32_t tail = unit->bufferFill - static_cast<int32_t>(kept);
         if (kept > 0 && tail > 0) std::memmove(unit->buffer, unit->buffer + kept, static_cast<size_t>(tail));
-        unit->bufferFill = tail > 0 ? tail : 0;
-        unit->bufferOffset = unit->bufferOffset > kept ? unit->bufferOffset - kept : 0;
-        unit->cursor = unit->buffer + unit->bufferOffset;
+        unit->bufferFill = tail;
+        unit->bufferOffset -= std::min(unit->bufferOffset, kept);
+        unit->bufferKept = 0;
     } else {
         unit->bufferFill = 0;
         unit->bufferOffset = 0;
-        unit->cursor = unit->buffer;
+        unit->bufferKept = 0;
     }
+    unit->cursor = unit->buffer + unit->bufferOffset;
+    uint32_t room = unit->bufferSize - static_cast<uint32_t>(unit->bufferFill);
+    if (room == 0) return 0;  // a record as long as the buffer: the record layer stops at maxRecord
     ssize_t got;
     do {
-        got = read(unit->fd, unit->buffer + unit->bufferFill, unit->bufferSize - static_cast<uint32_t>(unit->bufferFill));
+        got = read(unit->fd, unit->buffer + unit->bufferFill, room);
     } while (got < 0 && errno == EINTR);
     if (got < 0) {
         unit->permanentError = 1;
         return -1;
     }
     unit->bufferFill += static_cast<int32_t>(got);
-    unit->bufferKept = 0;
     return static_cast<int32_t>(got);
 }
 
@@ -50,7 +61,7 @@ int32_t ReadUnit(GlobalContext* global, UnitRecord* unit, void* into, int32_t co
     while (delivered < count) {
         int32_t held = unit->bufferFill - static_cast<int32_t>(unit->bufferOffset);
         if (held > 0) {
-            int32_t take = held < count - delivered ? held : count - delivered;
+            int32_t take = std::min(held, count - delivered);
             std::memcpy(to + delivered, unit->cursor, static_cast<size_t>(take));
             unit->cursor += take;
             unit->bufferOffset += static_cast<uint32_t>(take);
@@ -59,7 +70,10 @@ int32_t ReadUnit(GlobalContext* global, UnitRecord* unit, void* into, int32_t co
         }
         int32_t left = count - delivered;
         if (!unit->recordBuffered && static_cast<uint32_t>(left) >= unit->blockSize) {
-            // Large requests bypass the buffer.
+            // Large requests go straight into the caller's storage; the buffer is empty.
+            unit->cursor = unit->buffer;
+            unit->bufferOffset = 0;
+            unit->bufferFill = 0;
             ssize_t got = read(unit->fd, to + delivered, static_cast<size_t>(left));
             if (got < 0 && errno == EINTR) continue;
             if (got < 0) {
@@ -75,4 +89,325 @@ int32_t ReadUnit(GlobalContext* global, UnitRecord* unit, void* into, int32_t co
         if (filled == 0) break;  // end of file is no error here
     }
     return delivered;
+}
+
+namespace {
+
+bool IsStream(const UnitRecord* unit) { return unit->access == VRN_KEY_STREAM; }
+bool IsFormatted(const UnitRecord* unit) { return unit->form != VRN_KEY_UNFORMATTED; }
+
+// A T, TL, TR or X position asked for and not reached yet is reached before a read.
+bool ReachPendingColumnForRead(LocalContext* context) {
+    UnitRecord* unit = context->unit;
+    if (unit->pendingColumn < 0) return true;
+    int32_t target = unit->pendingColumn;
+    unit->pendingColumn = -1;
+    if (IOSetRecordOffset(context, target)) return true;
+    IORaisePermanentError(context, unit, errno);
+    return false;
+}
+
+bool TurnToReading(LocalContext* context) {
+    UnitRecord* unit = context->unit;
+    if (unit->direction == kDirectionWrite && !FlushUnit(context->global, unit, 1)) {
+        IORaisePermanentError(context, unit, errno);
+        return false;
+    }
+    unit->direction = kDirectionRead;
+    return true;
+}
+
+// Refills an empty buffer. 1 with bytes held, 0 at end of file, -1 after a raised error.
+int32_t EnsureBytes(LocalContext* context) {
+    UnitRecord* unit = context->unit;
+    if (unit->bufferFill > static_cast<int32_t>(unit->bufferOffset)) return 1;
+    int32_t filled = FillUnit(context->global, unit);
+    if (filled > 0) return 1;
+    if (filled < 0) {
+        IORaisePermanentError(context, unit, errno);
+        return -1;
+    }
+    return 0;
+}
+
+void NoteEndOfFile(LocalContext* context) {
+    context->atEndOfFile = 1;
+    if (context->column == 0 && !IsStream(context->unit)) context->unit->afterEndfile = 1;
+}
+
+void Consumed(LocalContext* context, int32_t count) {
+    UnitRecord* unit = context->unit;
+    unit->cursor += count;
+    unit->bufferOffset += static_cast<uint32_t>(count);
+    unit->filePosition += count;
+    context->column += count;
+    context->charsTransferred += count;
+    context->highWater = std::max(context->highWater, context->column);
+}
+
+bool ShortRecordCounts(const LocalContext* context) {
+    return context->global->options.optIostatEnd == VRN_KEY_2003STD && context->unit->access == VRN_KEY_SEQUENTIAL;
+}
+
+// Reads up to `count` bytes of a record whose end has not been seen, stopping at its
+// newline. The result is the bytes delivered, or -1.
+int32_t ReadUntilNewline(LocalContext* context, char* to, int32_t count) {
+    UnitRecord* unit = context->unit;
+    int32_t delivered = 0;
+    while (delivered < count) {
+        if (context->column >= context->recordMax) {
+            context->recordOverflow = 1;
+            break;
+        }
+        int32_t available = EnsureBytes(context);
+        if (available < 0) return -1;
+        if (available == 0) {
+            // The end of the file ends the record; with nothing read it is the end of file.
+            if (IsStream(unit) || (delivered == 0 && context->column == 0)) {
+                context->atEndOfFile = 1;
+            } else {
+                context->recordOverflow = 1;
+            }
+            if (unit->access != VRN_KEY_DIRECT) context->recordLength = context->column;
+            break;
+        }
+        int32_t held = unit->bufferFill - static_cast<int32_t>(unit->bufferOffset);
+        int32_t limit = std::min({held, count - delivered, context->recordMax - context->column});
+        const char* newline = static_cast<const char*>(std::memchr(unit->cursor, '\n', static_cast<size_t>(limit)));
+        int32_t take = newline != nullptr ? static_cast<int32_t>(newline - unit->cursor) : limit;
+        std::memcpy(to + delivered, unit->cursor, static_cast<size_t>(take));
+        Consumed(context, take);
+        delivered += take;
+        if (newline != nullptr) {
+            // The cursor stays on the newline, which ends the record and is not part of it.
+            context->recordLength = context->column;
+            context->recordOverflow = 1;
+            if (ShortRecordCounts(context) && delivered < count) context->shortRecordSeen = 1;
+            break;
+        }
+    }
+    return delivered;
+}
+
+}  // namespace
+
+int32_t IOGetByte(LocalContext* context) {
+    if (context->unit == nullptr) {
+        if (context->column >= context->recordLength) {
+            if (!context->atEndOfFile) context->recordOverflow = 1;
+            return -1;
+        }
+        if (context->atEndOfFile) return -1;
+        unsigned char byte = static_cast<unsigned char>(context->internalRecord[context->column]);
+        context->column++;
+        context->charsTransferred++;
+        context->highWater = std::max(context->highWater, context->column);
+        return byte;
+    }
+    UnitRecord* unit = context->unit;
+    // The path with no calls: a byte in the buffer, inside a record of unknown length.
+    if (unit->pendingColumn < 0 && unit->direction == kDirectionRead && context->recordLength < 0 &&
+        context->column < context->recordMax && unit->bufferFill > static_cast<int32_t>(unit->bufferOffset) &&
+        *unit->cursor != '\n') {
+        unsigned char byte = static_cast<unsigned char>(*unit->cursor);
+        Consumed(context, 1);
+        return byte;
+    }
+    if (!ReachPendingColumnForRead(context) || !TurnToReading(context)) return -1;
+    int32_t limit = context->recordLength >= 0 ? context->recordLength : context->recordMax;
+    if (context->column >= limit) {
+        context->recordOverflow = 1;
+        return -1;
+    }
+    int32_t available = EnsureBytes(context);
+    if (available < 0) return -1;
+    if (available == 0) {
+        NoteEndOfFile(context);
+        return -1;
+    }
+    unsigned char byte = static_cast<unsigned char>(*unit->cursor);
+    if (context->recordLength < 0 && byte == '\n' && IsFormatted(unit)) {
+        context->recordLength = context->column;
+        context->recordOverflow = 1;
+        return -1;
+    }
+    Consumed(context, 1);
+    return byte;
+}
+
+int32_t IORead(LocalContext* context, void* into, int32_t count) {
+    if (count <= 0) return 0;
+    char* to = static_cast<char*>(into);
+    if (context->unit == nullptr) {
+        int32_t available = std::max(0, context->recordLength - context->column);
+        int32_t take = count;
+        if (context->atEndOfFile) {
+            take = 0;
+        } else if (count > available) {
+            take = available;
+            context->recordOverflow = 1;
+            if (context->global->options.optIostatEnd == VRN_KEY_2003STD &&
+                context->internalRecord + context->recordLength >= context->internalEnd) {
+                context->atEndOfFile = 1;
+            }
+        }
+        std::memmove(to, context->internalRecord + context->column, static_cast<size_t>(take));
+        context->column += take;
+        context->charsTransferred += take;
+        context->highWater = std::max(context->highWater, context->column);
+        if (take < count && context->padInput && !(context->atEndOfFile && !context->recordOverflow)) {
+            std::memset(to + take, ' ', static_cast<size_t>(count - take));
+            return count;
+        }
+        return take;
+    }
+    UnitRecord* unit = context->unit;
+    if (!TurnToReading(context)) return -1;
+    if (IsStream(unit) && !IsFormatted(unit)) {
+        // Unformatted stream: no records, only bytes.
+        int32_t got = ReadUnit(context->global, unit, to, count);
+        if (got < 0) {
+            IORaisePermanentError(context, unit, errno);
+            return -1;
+        }
+        if (got < count) context->atEndOfFile = 1;
+        unit->filePosition += got;
+        context->column += got;
+        context->charsTransferred += got;
+        return got;
+    }
+    if (!ReachPendingColumnForRead(context)) return -1;
+    int32_t delivered;
+    if (context->recordLength < 0 && IsFormatted(unit) && unit->access != VRN_KEY_DIRECT) {
+        delivered = ReadUntilNewline(context, to, count);
+        if (delivered < 0) return -1;
+    } else {
+        int32_t left = std::max(0, (context->recordLength >= 0 ? context->recordLength : context->recordMax) - context->column);
+        int32_t want = count;
+        if (want > left) {
+            want = left;
+            context->recordOverflow = 1;
+            if (ShortRecordCounts(context)) context->shortRecordSeen = 1;
+        }
+        delivered = ReadUnit(context->global, unit, to, want);
+        if (delivered < 0) {
+            IORaisePermanentError(context, unit, errno);
+            return -1;
+        }
+        unit->filePosition += delivered;
+        context->column += delivered;
+        context->charsTransferred += delivered;
+        context->highWater = std::max(context->highWater, context->column);
+        if (delivered < want) {
+            if (delivered == 0 && context->column == 0) context->atEndOfFile = 1; else context->recordOverflow = 1;
+        }
+    }
+    if (context->atEndOfFile && delivered == 0 && context->column == 0 && !IsStream(unit)) {
+        unit->afterEndfile = 1;
+        context->recordOverflow = 0;
+    }
+    bool padAllowed = !(context->atEndOfFile && !context->recordOverflow) || (IsStream(unit) && IsFormatted(unit));
+    if (delivered < count && context->padInput && padAllowed) {
+        std::memset(to + delivered, ' ', static_cast<size_t>(count - delivered));
+        return count;
+    }
+    return delivered;
+}
+
+int32_t IOFindRemainingLength(LocalContext* context) {
+    if (context->unit == nullptr) return std::max(0, context->recordLength - context->column);
+    if (context->recordLength < 0) {
+        // Find the record's end: walk to it, which sets recordLength, and come back.
+        int32_t from = context->column;
+        uint32_t overflow = context->recordOverflow;
+        if (!IOSetRecordOffset(context, context->recordMax)) return 0;
+        int32_t end = context->column;
+        IOSetRecordOffset(context, from);
+        context->recordOverflow = overflow;
+        return std::max(0, end - from);
+    }
+    return std::max(0, context->recordLength - context->column);
+}
+
+void IORaiseEndOfFile(LocalContext* context) {
+    context->itemsStopped = 1;
+    if (context->unit == nullptr) {
+        bool standard = context->global->options.optIostatEnd == VRN_KEY_2003STD;
+        ErrorHandler(kClassSevere, kKindEndOfFile, 2, standard ? -1 : -2, 0u);
+        return;
+    }
+    ErrorHandler(kClassSevere, kKindEndOfFile, 1, -1, ArgText(1), UnitNameForMessages(context->unit), 0u);
+}
+
+namespace {
+
+// Skips the rest of a formatted record and its newline. 0 when the record was the end of
+// the file: nothing of it was there.
+int32_t SkipFormattedRecord(LocalContext* context) {
+    UnitRecord* unit = context->unit;
+    if (context->recordLength >= 0 && context->column != context->recordLength &&
+        !IOSetRecordOffset(context, context->recordLength)) {
+        return -1;
+    }
+    bool readSomething = context->column > 0;
+    for (;;) {
+        int32_t available = EnsureBytes(context);
+        if (available < 0) return -1;
+        if (available == 0) {
+            if (readSomething || context->recordLength > 0) return 1;  // a last record with no newline
+            NoteEndOfFile(context);
+            return 0;
+        }
+        int32_t held = unit->bufferFill - static_cast<int32_t>(unit->bufferOffset);
+        const char* newline = static_cast<const char*>(std::memchr(unit->cursor, '\n', static_cast<size_t>(held)));
+        int32_t take = newline != nullptr ? static_cast<int32_t>(newline - unit->cursor) + 1 : held;
+        unit->cursor += take;
+        unit->bufferOffset += static_cast<uint32_t>(take);
+        unit->filePosition += take;
+        if (take > 0) readSomething = true;
+        if (newline != nullptr) return 1;
+    }
+}
+
+}  // namespace
+
+// The end of a record on the read side. 1, or 0 at the end of the file (atEndOfFile set)
+// or after a raised error.
+int32_t TerminateReadRecord(LocalContext* context) {
+    if (context->unit == nullptr) {
+        if (context->atEndOfFile) return 0;
+        if (context->internalIterator != nullptr) {
+            context->internalRecord = NCNextElement(context->internalIterator);
+            if (context->internalRecord == nullptr) context->atEndOfFile = 1;
+        } else {
+            context->internalRecord += context->recordLength;
+            if (context->internalRecord >= context->internalEnd) context->atEndOfFile = 1;
+        }
+        return 1;
+    }
+    UnitRecord* unit = context->unit;
+    unit->pendingColumn = -1;
+    if (!TurnToReading(context)) return 0;
+    int32_t result = 1;
+    if (unit->access == VRN_KEY_DIRECT) {
+        unit->filePosition = context->recordNumber * static_cast<int64_t>(unit->recl);
+        unit->needsReposition = 1;  // the rest of the record was not read
+    } else if (IsFormatted(unit)) {
+        if (context->atEndOfFile) return 0;
+        result = SkipFormattedRecord(context);
+        if (result < 0) return 0;
+        context->recordLength = -1;
+    } else if (!IsStream(unit)) {
+        // An unformatted record: the rest of the payload, then the trailing length tag.
+        int32_t end = context->recordLength >= 0 ? context->recordLength : context->column;
+        if ((end != context->column && !IOSetRecordOffset(context, end)) ||
+            !RepositionUnit(context->global, unit, static_cast<int64_t>(unit->recordOverhead))) {
+            IORaisePermanentError(context, unit, errno);
+            return 0;
+        }
+        context->recordLength = -1;
+    }
+    if (result == 1) unit->nextRecord += 1;
+    unit->bufferKept = unit->bufferOffset;  // the next record starts here
+    return result;
 }

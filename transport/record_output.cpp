@@ -220,7 +220,12 @@ int32_t IOFill(LocalContext* context, int byte, int32_t count) {
 
 int32_t IOTerminateRecord(LocalContext* context) {
     bool writing = ((context->statementFlags >> 8) & 0xFFu) == VRN_DIRECTION_WRITE;
-    if (writing) {
+    if (!writing) {
+        int32_t ended = TerminateReadRecord(context);
+        ClearRecordState(context);
+        return ended;
+    }
+    {
         if (IsInternal(context)) {
             FinishInternalWriteRecord(context);
         } else {

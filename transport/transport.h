@@ -31,6 +31,14 @@ int32_t TruncateUnit(GlobalContext* global, UnitRecord* unit);
 // ---- Read side ----
 int32_t FillUnit(GlobalContext* global, UnitRecord* unit);
 int32_t ReadUnit(GlobalContext* global, UnitRecord* unit, void* into, int32_t count);
+int32_t IOGetByte(LocalContext* context);
+int32_t IORead(LocalContext* context, void* into, int32_t count);
+int32_t IOFindRemainingLength(LocalContext* context);
+// The end of file of a READ: message 1 with IOSTAT= -1 on a unit, message 2 with -2 (or
+// -1 under IOSTAT_END=2003STD) on an internal file.
+void IORaiseEndOfFile(LocalContext* context);
+// The read side of IOTerminateRecord: 1, or 0 at the end of the file or after an error.
+int32_t TerminateReadRecord(LocalContext* context);
 
 // ---- Records ----
 int32_t IOPutByte(LocalContext* context, int byte);
@@ -41,6 +49,12 @@ int32_t IOTerminateRecord(LocalContext* context);
 // ---- Positioning ----
 constexpr int32_t kEndOfRecordOffset = INT32_MIN;
 int32_t IOSetRecordOffset(LocalContext* context, int32_t offset);
+constexpr int32_t kSeekRelative = 1;  // TR, X, and TL with a negative offset
+constexpr int32_t kSeekAbsolute = 3;  // T
+// Moves to a column of the current record by T, TL, TR or X; with `deferred` the column
+// is only noted and the next transfer reaches it.
+int32_t IOSeekToColumn(LocalContext* context, int32_t offset, int32_t mode, int32_t deferred);
+int32_t IOSeekToEndOfFile(LocalContext* context);
 int32_t RepositionUnit(GlobalContext* global, UnitRecord* unit, int64_t offset);
 int32_t SeekUnitToFilePosition(GlobalContext* global, LocalContext* context, UnitRecord* unit, int64_t offset);
 constexpr int32_t kSeekStart = 0;
@@ -55,3 +69,7 @@ int32_t QueryDeviceInfo(UnitRecord* unit, const char* nameForMessages);
 int32_t ImplicitOpen(GlobalContext* global, LocalContext* context, UnitRecord* unit, uint32_t statementFlags);
 int32_t OpenCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
 int32_t CloseCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
+int32_t RewindCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
+int32_t BackspaceCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
+int32_t EndfileCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
+int32_t FlushCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);

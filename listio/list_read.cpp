@@ -1,0 +1,20 @@
+#include "core/context.h"
+#include "listio/listio.h"
+#include "transport/transport.h"
+
+int32_t LDEndOfFileError(LocalContext* context) {
+    IORaiseEndOfFile(context);
+    return context->status;
+}
+
+int32_t EndIOReadLd(LocalContext* context) {
+    // The rest of the record is skipped, so that the next READ starts a new one.
+    if (context->atEndOfFile) return context->status;
+    if (!IOTerminateRecord(context) && context->atEndOfFile) LDEndOfFileError(context);
+    return context->status;
+}
+
+int32_t BeginIOReadLd(LocalContext* context, void*) {
+    if (!context->dtioChild) context->endRoutine = EndIOReadLd;
+    return context->status;
+}
