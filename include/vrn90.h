@@ -179,6 +179,15 @@ void _vrnErrorStop(const StopCode* code, int32_t value, const int32_t* flags) __
 /* PAUSE: 0 after reading a byte from a terminal, 14 when standard input is not one. */
 int32_t _vrnPause(const StopCode* code, int32_t value);
 
+/* ---- Service procedures ---- */
+
+/* CALL FLUSH(unit); a null unit flushes every unit that was written. */
+void flush_(const int32_t* unit);
+/* CALL FIOSETUP(unit, command, value): command 1 flushes the unit after every write,
+ * command 2 discards read-ahead before every read, while value is not 0. The result is
+ * 0, 36 for a unit that is not connected, or 29 for an unknown command. */
+int32_t fiosetup_(const int32_t* unit, const int32_t* command, const int32_t* value);
+
 /* Normal end of the program: flushes and closes every unit, then exits with status. */
 void _vrnExit(int32_t status) __attribute__((noreturn));
 void exit_(const int32_t* status) __attribute__((noreturn));

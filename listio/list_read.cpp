@@ -8,8 +8,9 @@ int32_t LDEndOfFileError(LocalContext* context) {
 }
 
 int32_t EndIOReadLd(LocalContext* context) {
-    // The rest of the record is skipped, so that the next READ starts a new one.
-    if (context->atEndOfFile) return context->status;
+    // The rest of the record is skipped, so that the next READ starts a new one; a
+    // non-advancing READ leaves the record where it stands.
+    if (context->atEndOfFile || !context->advancing) return context->status;
     if (!IOTerminateRecord(context) && context->atEndOfFile) LDEndOfFileError(context);
     return context->status;
 }

@@ -65,7 +65,7 @@ TEST_F(Messages, RecoveryOffEndsTheProgramWithMessage99) {
 
 TEST_F(Messages, QuietMessagesAndTheStatementGoesOn) {
     CapturedRun run;
-    setrteopts("vrq_messages=no", 15);
+    SetOptions("vrq_messages=no");
     Specifiers s;
     s.Location("prog.f", 4).Text(VRN_KEY_ADVANCE, "sometimes");
     EXPECT_EQ(Statement(6, ListWrite, &s).Bytes("still here").End(), 0);
@@ -101,7 +101,7 @@ TEST_F(Messages, ServicesOutsideStatements) {
     _vrnGetErrorMsgWithLoc1(kClassRecoverable, kKindError, 37, 37, nullptr, nullptr, &file, 77, "");
     _vrnRecoverableError(166);
     _vrnRecoverableError(162);  // dropped unless OPTARG_WARN=YES
-    setrteopts("optarg_warn=yes", 15);
+    SetOptions("optarg_warn=yes");
     _vrnRecoverableError(162);
     EXPECT_EQ(_LocalContext[0], _LocalContext[1]);  // the service's own context is gone
     run.Finish();

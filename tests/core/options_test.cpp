@@ -59,7 +59,7 @@ TEST_F(Options, TextsInAnyCaseWithSpacesAndEmptyOptions) {
     EXPECT_EQ(_vrnGetRTEOpts(VRN_KEY_RANDOM), VRN_KEY_GENERATOR2);
     EXPECT_EQ(_vrnGetRTEOpts(VRN_KEY_MULTCONNIO), VRN_KEY_COMBINED);
     // Later options override earlier ones, and setrteopts changes the block at once.
-    setrteopts("cnverr=yes:cnverr=no:buffer_size=-1", 35);
+    SetOptions("cnverr=yes:cnverr=no:buffer_size=-1");
     EXPECT_EQ(_vrnGetRTEOpts(VRN_KEY_CNVERR), VRN_KEY_NO);
     EXPECT_EQ(_vrnGetRTEOpts(VRN_KEY_BUFFER_SIZE), -1);
     setrteopts_("errloc=yes", 10);
@@ -78,10 +78,10 @@ TEST_F(Options, UnitRangesMergeOnlyWhenTheyShareANumber) {
     StartWith("ufmt_littleendian=,,12,,-4, 8");
     EXPECT_EQ(this->Ranges(), (Ranges{{1, 4}, {8, 8}, {12, 12}}));
     // Ranges accumulate over calls; a wide one swallows those it overlaps.
-    setrteopts("ufmt_littleendian=2-9", 21);
+    SetOptions("ufmt_littleendian=2-9");
     EXPECT_EQ(this->Ranges(), (Ranges{{1, 9}, {12, 12}}));
     // UFMT_BIGENDIAN checks its list, drops it, and adds the empty range.
-    setrteopts("ufmt_bigendian=1-3:ufmt_littleendian=40", 39);
+    SetOptions("ufmt_bigendian=1-3:ufmt_littleendian=40");
     EXPECT_EQ(this->Ranges(), (Ranges{{-1, -1}, {1, 9}, {12, 12}, {40, 40}}));
 }
 
@@ -109,9 +109,9 @@ TEST_F(Options, BufferingReachesPreconnectedUnitsAtOnce) {
             ResetRuntime();
             EnsureRuntimeStarted();
             bool before = LookUpUnit(_GlobalContext, 6)->unbuffered;
-            setrteopts("buffering=disable_preconn", 25);
+            SetOptions("buffering=disable_preconn");
             bool after = LookUpUnit(_GlobalContext, 6)->unbuffered;
-            setrteopts("buffering=enable", 16);  // does not reverse it
+            SetOptions("buffering=enable");  // does not reverse it
             std::_Exit(!before && after && LookUpUnit(_GlobalContext, 6)->unbuffered ? 0 : 1);
         },
         ::testing::ExitedWithCode(0), "");
@@ -174,7 +174,7 @@ TEST_F(Options, EveryMalformedTextEndsTheProgramWithItsMessage) {
             << bad.text;
     }
     // At run time the same, through setrteopts.
-    EXPECT_EXIT(setrteopts("uwidth=32", 9), ::testing::ExitedWithCode(1), "^3714-117\n$");
+    EXPECT_EXIT(SetOptions("uwidth=32"), ::testing::ExitedWithCode(1), "^3714-117\n$");
 }
 
 TEST_F(Options, FindTokenReadsTheSyntax) {

@@ -67,14 +67,42 @@ Statement& Statement::Bytes(std::string_view bytes) {
     return *this;
 }
 
+namespace {
+
+// Reads as an item routine does: an item that meets the end of the file reports it.
+std::string ReadItem(LocalContext* context, int32_t count) {
+    std::string bytes(static_cast<size_t>(count), '\0');
+    int32_t got = context->itemsStopped ? 0 : IORead(context, bytes.data(), count);
+    if (got <= 0 && context->atEndOfFile && !context->itemsStopped) IORaiseEndOfFile(context);
+    bytes.resize(static_cast<size_t>(got > 0 ? got : 0));
+    return bytes;
+}
+
+}  // namespace
+
+std::string Statement::Read(int32_t count) { return ReadItem(context_, count); }
+
+Statement& Statement::Tab(int32_t column) {
+    IOSeekToColumn(context_, column, kSeekAbsolute, 1);
+    return *this;
+}
+
+Statement& Statement::Skip(int32_t columns) {
+    IOSeekToColumn(context_, columns, kSeekRelative, 1);
+    return *this;
+}
+
 int32_t Statement::End() { return _vrnEndIO(context_); }
 
-InternalWrite::InternalWrite(char* base, uint32_t length, uint32_t records, Specifiers* specifiers)
+InternalWrite::InternalWrite(char* base, uint32_t length, uint32_t records, Specifiers* specifiers, uint32_t flags,
+                             void* iostat)
     : description_{reinterpret_cast<uintptr_t>(base), static_cast<uintptr_t>(length) * records, length},
       address_(&description_) {
-    context_ = _vrnBeginIO(&address_, InternalListWrite, specifiers != nullptr ? specifiers->list() : nullptr, 0,
-                           nullptr, 0, nullptr);
+    context_ = _vrnBeginIO(&address_, flags, specifiers != nullptr ? specifiers->list() : nullptr, 0, iostat, 0,
+                           nullptr);
 }
+
+std::string InternalWrite::Read(int32_t count) { return ReadItem(context_, count); }
 
 InternalWrite& InternalWrite::Bytes(std::string_view bytes) {
     if (!context_->itemsStopped) IOWrite(context_, bytes.data(), static_cast<int32_t>(bytes.size()));
@@ -91,7 +119,13 @@ int32_t Open(int32_t unit, Specifiers& specifiers, void* iostat, uint32_t option
 
 int32_t Close(int32_t unit, void* iostat) { return _vrnIOCmd(unit, VRN_COMMAND_CLOSE, nullptr, 0, iostat); }
 
+int32_t FileCommand(int32_t unit, int32_t command, void* iostat, Specifiers* specifiers) {
+    return _vrnIOCmd(unit, command, specifiers != nullptr ? specifiers->list() : nullptr, 0, iostat);
+}
+
 void ResetRuntime() { RTECleanup(); }
+
+void SetOptions(std::string_view text) { setrteopts(text.data(), static_cast<int32_t>(text.size())); }
 
 void UseCatalogue(Catalogue catalogue) {
     static const char* const kInstalled = vrnFallbackCatalogPath;  // before any test changed it

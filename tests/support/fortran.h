@@ -42,6 +42,10 @@ constexpr uint32_t DirectListWrite = VRN_STATEMENT_FLAGS(VRN_KIND_LIST_DIRECTED,
 constexpr uint32_t DirectListRead = VRN_STATEMENT_FLAGS(VRN_KIND_LIST_DIRECTED, VRN_DIRECTION_READ, VRN_ACCESS_DIRECT);
 constexpr uint32_t StreamListWrite = VRN_STATEMENT_FLAGS(VRN_KIND_LIST_DIRECTED, VRN_DIRECTION_WRITE, VRN_ACCESS_STREAM);
 constexpr uint32_t InternalListWrite = ListWrite | VRN_FLAG_INTERNAL;
+constexpr uint32_t InternalListRead = ListRead | VRN_FLAG_INTERNAL;
+constexpr uint32_t FormattedWrite = VRN_STATEMENT_FLAGS(VRN_KIND_FORMATTED, VRN_DIRECTION_WRITE, VRN_ACCESS_SEQUENTIAL);
+constexpr uint32_t FormattedRead = VRN_STATEMENT_FLAGS(VRN_KIND_FORMATTED, VRN_DIRECTION_READ, VRN_ACCESS_SEQUENTIAL);
+constexpr uint32_t StreamListRead = VRN_STATEMENT_FLAGS(VRN_KIND_LIST_DIRECTED, VRN_DIRECTION_READ, VRN_ACCESS_STREAM);
 
 // One data transfer statement on an external unit: BeginIO now, End() at the end.
 class Statement {
@@ -51,6 +55,11 @@ public:
     LocalContext* context() const { return context_; }
     // Puts bytes into the current record through the record layer, as an item would.
     Statement& Bytes(std::string_view bytes);
+    // Reads up to `count` bytes of the current record through the record layer.
+    std::string Read(int32_t count);
+    // T (absolute, from 1), or TR/X and TL (relative), as a format item would ask for them.
+    Statement& Tab(int32_t column);
+    Statement& Skip(int32_t columns);
     int32_t End();
 
 private:
@@ -58,12 +67,15 @@ private:
     LocalContext* context_;
 };
 
-// An internal WRITE to a character variable or array of `records` elements of `length`.
+// An internal WRITE (or READ) on a character variable or array of `records` elements of
+// `length`.
 class InternalWrite {
 public:
-    InternalWrite(char* base, uint32_t length, uint32_t records, Specifiers* specifiers = nullptr);
+    InternalWrite(char* base, uint32_t length, uint32_t records, Specifiers* specifiers = nullptr,
+                  uint32_t flags = InternalListWrite, void* iostat = nullptr);
     LocalContext* context() const { return context_; }
     InternalWrite& Bytes(std::string_view bytes);
+    std::string Read(int32_t count);
     int32_t End();
 
 private:
@@ -78,6 +90,8 @@ int32_t PrintEmpty();
 // A file statement; returns the routine's status.
 int32_t Open(int32_t unit, Specifiers& specifiers, void* iostat = nullptr, uint32_t options = 0);
 int32_t Close(int32_t unit, void* iostat = nullptr);
+// REWIND, BACKSPACE, ENDFILE, FLUSH and the like.
+int32_t FileCommand(int32_t unit, int32_t command, void* iostat = nullptr, Specifiers* specifiers = nullptr);
 
 // Starts the run-time afresh with standard output and standard error going to files, so
 // that the preconnected units see them. Finish() flushes everything and gives the text.
@@ -108,6 +122,9 @@ private:
 };
 
 std::string ReadFile(const std::string& path);
+
+// CALL SETRTEOPTS(text).
+void SetOptions(std::string_view text);
 
 // Ends the run-time so that the next call starts it again (a fresh program).
 void ResetRuntime();

@@ -2,6 +2,7 @@
 // NEWUNIT=, value checks, and a failed OPEN leaving nothing behind.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "core/context.h"
@@ -99,8 +100,10 @@ TEST_F(OpenStatement, ScratchFilesLiveUnderTmpdirUntilClosed) {
     int32_t iostat = -1;
     Specifiers s;
     s.Keyword(VRN_KEY_STATUS, VRN_KEY_SCRATCH);
+    std::string savedTmpdir = std::getenv("TMPDIR") != nullptr ? std::getenv("TMPDIR") : "";
     setenv("TMPDIR", dir.path().c_str(), 1);
     Open(25, s, &iostat);
+    setenv("TMPDIR", savedTmpdir.c_str(), 1);
     ASSERT_EQ(iostat, 0);
     std::string name = LookUpUnit(_GlobalContext, 25)->fileName;
     EXPECT_EQ(name.rfind(dir.Path("VrnRt"), 0), 0u) << name;
@@ -119,6 +122,136 @@ TEST_F(OpenStatement, TwoUnitsOnOneFileNeedMultconn) {
     EXPECT_EQ(iostat, 23);
     EXPECT_EQ(LookUpUnit(_GlobalContext, 27), nullptr);
     EXPECT_EQ(LookUpUnit(_GlobalContext, 26)->inode->unitCount, 1u);
+}
+
+TEST_F(OpenStatement, FilesThatCannotBeOpenedAsAsked) {
+    int32_t iostat = 0;
+    Specifiers directory;
+    directory.Text(VRN_KEY_FILE, dir.path());
+    Open(30, directory, &iostat);
+    EXPECT_EQ(iostat, 14) << dir.path();  // EISDIR from open64
+    EXPECT_EQ(LookUpUnit(_GlobalContext, 30), nullptr);
+
+    std::string fifo = dir.Path("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0644), 0);
+    Specifiers both;
+    both.Text(VRN_KEY_FILE, fifo).Keyword(VRN_KEY_ACTION, VRN_KEY_READWRITE);
+    Open(31, both, &iostat);
+    EXPECT_EQ(iostat, 130);
+    Specifiers rewound;
+    rewound.Text(VRN_KEY_FILE, fifo).Keyword(VRN_KEY_ACTION, VRN_KEY_READ).Keyword(VRN_KEY_POSITION, VRN_KEY_REWIND);
+    Open(31, rewound, &iostat);
+    EXPECT_EQ(iostat, 153);
+
+    Specifiers nul;
+    nul.Text(VRN_KEY_FILE, dir.Path("cut") + std::string("\0tail", 5));
+    Open(32, nul, &iostat);
+    EXPECT_EQ(iostat, 126);
+    SetOptions("err_recovery=yes");
+    {
+        CapturedRun run;  // recovered: the name ends at the NUL
+        Open(32, nul);
+        EXPECT_STREQ(LookUpUnit(_GlobalContext, 32)->fileName, dir.Path("cut").c_str());
+        run.Finish();
+        EXPECT_EQ(run.err(), "3714-126\n");
+    }
+}
+
+TEST_F(OpenStatement, ReplaceAndAppend) {
+    int32_t iostat = 0;
+    std::string name = dir.Path("data.txt");
+    Specifiers first;
+    first.Text(VRN_KEY_FILE, name);
+    Open(33, first);
+    Statement(33, ListWrite).Bytes("one").End();
+    Specifiers replace;
+    replace.Text(VRN_KEY_FILE, name).Keyword(VRN_KEY_STATUS, VRN_KEY_REPLACE);
+    Open(34, replace, &iostat);
+    EXPECT_EQ(iostat, 23);  // connected to unit 33
+    Close(33);
+    Specifiers append;
+    append.Text(VRN_KEY_FILE, name).Keyword(VRN_KEY_POSITION, VRN_KEY_APPEND);
+    Open(34, append);
+    Statement(34, ListWrite).Bytes("two").End();
+    Close(34);
+    EXPECT_EQ(ReadFile(name), " one\n two\n");
+    Open(35, replace);
+    Close(35);
+    EXPECT_EQ(ReadFile(name), "");
+}
+
+TEST_F(OpenStatement, ReopeningAConnectedUnit) {
+    int32_t iostat = 0;
+    std::string name = dir.Path("re.txt");
+    Specifiers first;
+    first.Text(VRN_KEY_FILE, name);
+    Open(36, first);
+    Specifiers modes;
+    modes.Text(VRN_KEY_FILE, name).Keyword(VRN_KEY_BLANK, VRN_KEY_ZERO).Text(VRN_KEY_DELIM, "quote");
+    EXPECT_EQ(Open(36, modes, &iostat), 0);
+    EXPECT_EQ(iostat, 0);
+    EXPECT_EQ(LookUpUnit(_GlobalContext, 36)->blank, static_cast<uint32_t>(VRN_KEY_ZERO));
+    EXPECT_EQ(LookUpUnit(_GlobalContext, 36)->delim, static_cast<uint32_t>(VRN_KEY_QUOTE));
+    Specifiers access;
+    access.Keyword(VRN_KEY_ACCESS, VRN_KEY_DIRECT).Value(VRN_KEY_RECL, 10);
+    Open(36, access, &iostat);
+    EXPECT_EQ(iostat, 24);
+    EXPECT_EQ(LookUpUnit(_GlobalContext, 36)->access, static_cast<uint32_t>(VRN_KEY_SEQUENTIAL));
+    // Another file on the same unit: the first connection is closed.
+    Specifiers other;
+    other.Text(VRN_KEY_FILE, dir.Path("other.txt"));
+    EXPECT_EQ(Open(36, other, &iostat), 0);
+    EXPECT_STREQ(LookUpUnit(_GlobalContext, 36)->fileName, dir.Path("other.txt").c_str());
+}
+
+TEST_F(OpenStatement, OptionsThatShapeConnections) {
+    SetOptions("unit_vars=yes:scratch_vars=yes:multconn=yes:buffering=disable_all:ufmt_littleendian=40-41");
+    setenv("VRNUNIT_40", dir.Path("named40").c_str(), 1);
+    setenv("VRNSCRATCH_41", dir.Path("scratch41").c_str(), 1);
+    Specifiers unformatted;
+    unformatted.Keyword(VRN_KEY_FORM, VRN_KEY_UNFORMATTED);
+    EXPECT_EQ(Open(40, unformatted), 0);
+    UnitRecord* unit = LookUpUnit(_GlobalContext, 40);
+    EXPECT_STREQ(unit->fileName, dir.Path("named40").c_str());
+    EXPECT_EQ(unit->byteSwap, 1u);
+    EXPECT_EQ(unit->unbuffered, 1u);
+    Specifiers scratch;
+    scratch.Keyword(VRN_KEY_STATUS, VRN_KEY_SCRATCH);
+    int32_t iostat = 0;
+    Open(41, scratch, &iostat);
+    EXPECT_EQ(iostat, 228);  // little-endian and formatted
+    Open(41, scratch);
+    Specifiers second;
+    second.Text(VRN_KEY_FILE, dir.Path("named40"));
+    EXPECT_EQ(Open(42, second, &iostat), 0);  // MULTCONN=YES: both read-only now
+    EXPECT_EQ(iostat, 0);
+    EXPECT_EQ(LookUpUnit(_GlobalContext, 42)->action, static_cast<uint32_t>(VRN_KEY_READ));
+    EXPECT_EQ(LookUpUnit(_GlobalContext, 40)->action, static_cast<uint32_t>(VRN_KEY_READ));
+    unsetenv("VRNUNIT_40");
+    unsetenv("VRNSCRATCH_41");
+    // Standard input may be /dev/null already: MULTCONNIO lets devices be shared.
+    SetOptions("multconnio=nulldev");
+    Specifiers nullDevice;
+    nullDevice.Text(VRN_KEY_FILE, "/dev/null");
+    Open(43, nullDevice, &iostat);
+    EXPECT_EQ(iostat, 0);
+    EXPECT_EQ(LookUpUnit(_GlobalContext, 43)->isNullDevice, 1u);
+}
+
+TEST_F(OpenStatement, AReadOnlyFileOpensForReading) {
+    if (geteuid() == 0) GTEST_SKIP() << "root may write any file: permissions cannot be tested";
+    std::string name = dir.Path("readonly.txt");
+    close(open(name.c_str(), O_WRONLY | O_CREAT, 0444));
+    Specifiers s;
+    s.Text(VRN_KEY_FILE, name);
+    EXPECT_EQ(Open(44, s), 0);
+    EXPECT_EQ(LookUpUnit(_GlobalContext, 44)->action, static_cast<uint32_t>(VRN_KEY_READ));
+    chmod(name.c_str(), 0);
+    Specifiers none;
+    none.Text(VRN_KEY_FILE, name);
+    int32_t iostat = 0;
+    Open(45, none, &iostat);
+    EXPECT_EQ(iostat, 14);
 }
 
 }  // namespace
