@@ -1,26 +1,65 @@
 #!/usr/bin/env bash
-# Builds the benchmarks and prints our figures beside the limits in one table:
-# records per second, medians of five runs.
+# Builds the benchmarks and prints our figures beside the limits and peers in one run:
+# medians of five runs. VRN_BENCH_MB sets the size of the file benchmark (default 100).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench >/dev/null
-json=$(mktemp)
+cmake --build --preset host --target record_bench file_bench >/dev/null
+export TMPDIR=${TMPDIR:-/tmp}
+records=$(mktemp)
+files=$(mktemp)
 # Standard error on a pipe, as under a terminal: unit 6 on a file is then block buffered.
 # (With both on files, unit 6 is flushed after every record, as the run-time intends.)
 build/host/bench/record_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
-  --benchmark_out="$json" --benchmark_out_format=json 2>&1 | cat >/dev/null
-python3 - "$json" <<'PY'
-import json, sys
-runs = {b["run_name"]: b for b in json.load(open(sys.argv[1]))["benchmarks"] if b.get("aggregate_name") == "median"}
-rate = lambda name: runs[name]["items_per_second"]
-rows = [
-    ("empty PRINT to a file (2 bytes)", "EmptyPrint", "Write2Limit/2"),
-    ("80-byte records to a file", "Write80ByteRecords", "Write2Limit/82"),
-    ("80-byte records, write(2) each", "Write2PerRecord", "Write2Limit/82"),
-]
-print(f"{'what':34} {'records/s':>14} {'limit: write(2) in 4 KiB':>25} {'ratio':>7}")
-for label, ours, limit in rows:
-    print(f"{label:34} {rate(ours):14,.0f} {rate(limit):25,.0f} {rate(ours) / rate(limit):7.2f}")
+  --benchmark_out="$records" --benchmark_out_format=json 2>&1 | cat >/dev/null
+build/host/bench/file_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$files" --benchmark_out_format=json 2>&1 | cat >/dev/null
+
+# The peers copy the same input file: cat, dd with its default blocks, and, when gfortran
+# is there, a program that reads and writes each record with '(A)'.
+input="$TMPDIR/vrn_bench_input.txt"
+peer_dir=$(mktemp -d)
+peer=""
+if command -v gfortran >/dev/null; then
+  gfortran -O2 bench/peers/records.f90 -o "$peer_dir/records" && peer="$peer_dir/records"
+fi
+python3 - "$records" "$files" "$input" "$peer" "$peer_dir" <<'PY'
+import json, os, subprocess, sys, time, statistics
+records_json, files_json, input_path, peer, peer_dir = sys.argv[1:6]
+def medians(path):
+    return {b["run_name"]: b for b in json.load(open(path))["benchmarks"] if b.get("aggregate_name") == "median"}
+r, f = medians(records_json), medians(files_json)
+rate = lambda runs, name: runs[name]["items_per_second"]
+print(f"{'records':34} {'records/s':>14} {'limit: write(2) in 4 KiB':>25} {'ratio':>7}")
+for label, ours, limit in [("empty PRINT to a file (2 bytes)", "EmptyPrint", "Write2Limit/2"),
+                           ("80-byte records to a file", "Write80ByteRecords", "Write2Limit/82"),
+                           ("80-byte records, write(2) each", "Write2PerRecord", "Write2Limit/82")]:
+    print(f"{label:34} {rate(r, ours):14,.0f} {rate(r, limit):25,.0f} {rate(r, ours) / rate(r, limit):7.2f}")
+
+size = os.path.getsize(input_path)
+def timed(command, **kw):
+    runs = []
+    for _ in range(5):
+        start = time.perf_counter()
+        subprocess.run(command, check=True, **kw)
+        runs.append(time.perf_counter() - start)
+    return size / statistics.median(runs) / 1e6
+out = os.path.join(peer_dir, "copy.txt")
+mb = lambda name: f[name + "/real_time"]["bytes_per_second"] / 1e6
+rows = [("ours: read each record (IORead)", mb("ReadRecords")),
+        ("ours: write each record (IOWrite)", mb("WriteRecords")),
+        ("ours: copy record by record", mb("CopyRecords")),
+        ("read(2) in 64 KiB blocks", mb("ReadBlocksLimit")),
+        ("write(2) in 64 KiB blocks", mb("WriteBlocksLimit")),
+        ("cat in > out", timed(["sh", "-c", f"cat '{input_path}' > '{out}'"])),
+        ("dd if=in of=out (512-byte blocks)", timed(["dd", f"if={input_path}", f"of={out}", "status=none"]))]
+if peer:
+    rows.append(("gfortran: copy with '(A)'", timed([peer, input_path, out])))
+else:
+    rows.append(("gfortran: skipped, not installed", float("nan")))
+print()
+print(f"{f'file of {size / 1e6:.0f} MB':34} {'MB/s':>14}")
+for label, value in rows:
+    print(f"{label:34} {value:14,.0f}")
 PY
-rm -f "$json"
+rm -rf "$records" "$files" "$peer_dir"

@@ -239,19 +239,28 @@ TEST_F(OpenStatement, OptionsThatShapeConnections) {
 }
 
 TEST_F(OpenStatement, AReadOnlyFileOpensForReading) {
-    if (geteuid() == 0) GTEST_SKIP() << "root may write any file: permissions cannot be tested";
+    // Root may write any file, so the program runs as an ordinary user in a child.
     std::string name = dir.Path("readonly.txt");
+    std::string locked = dir.Path("locked.txt");
     close(open(name.c_str(), O_WRONLY | O_CREAT, 0444));
-    Specifiers s;
-    s.Text(VRN_KEY_FILE, name);
-    EXPECT_EQ(Open(44, s), 0);
-    EXPECT_EQ(LookUpUnit(_GlobalContext, 44)->action, static_cast<uint32_t>(VRN_KEY_READ));
-    chmod(name.c_str(), 0);
-    Specifiers none;
-    none.Text(VRN_KEY_FILE, name);
-    int32_t iostat = 0;
-    Open(45, none, &iostat);
-    EXPECT_EQ(iostat, 14);
+    close(open(locked.c_str(), O_WRONLY | O_CREAT, 0));
+    chmod(name.c_str(), 0444);
+    chmod(locked.c_str(), 0);
+    chmod(dir.path().c_str(), 0777);
+    auto program = [&] {
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) std::_Exit(2);
+        ResetRuntime();
+        Specifiers readable;
+        readable.Text(VRN_KEY_FILE, name);
+        int32_t iostat = -1;
+        Open(44, readable, &iostat);
+        bool readOnly = iostat == 0 && LookUpUnit(_GlobalContext, 44)->action == VRN_KEY_READ;
+        Specifiers none;
+        none.Text(VRN_KEY_FILE, locked);
+        Open(45, none, &iostat);
+        std::_Exit(readOnly && iostat == 14 ? 0 : 1);
+    };
+    EXPECT_EXIT(program(), ::testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
