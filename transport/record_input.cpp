@@ -314,6 +314,26 @@ int32_t IORead(LocalContext* context, void* into, int32_t count) {
     return delivered;
 }
 
+int32_t IOReadAndScan(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound) {
+    *separatorFound = 0;
+    int32_t stored = 0;
+    while (stored < width) {
+        int byte = IOGetByte(context);
+        if (byte < 0) break;
+        if (byte == separator) {  // consumed, not stored
+            *separatorFound = 1;
+            return stored;
+        }
+        into[stored++] = static_cast<char>(byte);
+    }
+    // A record that ends short of the field is padded as IORead pads it.
+    if (stored < width && context->padInput && context->recordOverflow) {
+        std::memset(into + stored, ' ', static_cast<size_t>(width - stored));
+        return width;
+    }
+    return stored;
+}
+
 int32_t IOFindRemainingLength(LocalContext* context) {
     if (context->unit == nullptr) return std::max(0, context->recordLength - context->column);
     if (context->recordLength < 0) {

@@ -33,6 +33,9 @@ int32_t FillUnit(GlobalContext* global, UnitRecord* unit);
 int32_t ReadUnit(GlobalContext* global, UnitRecord* unit, void* into, int32_t count);
 int32_t IOGetByte(LocalContext* context);
 int32_t IORead(LocalContext* context, void* into, int32_t count);
+// Reads up to `width` bytes of the current record, stopping behind `separator`, which is
+// consumed and not stored.
+int32_t IOReadAndScan(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound);
 int32_t IOFindRemainingLength(LocalContext* context);
 // The end of file of a READ: message 1 with IOSTAT= -1 on a unit, message 2 with -2 (or
 // -1 under IOSTAT_END=2003STD) on an internal file.

@@ -112,6 +112,31 @@ TEST_F(RecordInput, ShortRecordsAreePaddedOnlyUnderPadYes) {
     EXPECT_EQ(ReadRecord(11), -1);
 }
 
+TEST_F(RecordInput, FieldsEndAtTheirSeparatorAndTheRecordAtItsNewline) {
+    WriteFile("fields.txt", "12,345,6\nnext\n");
+    ASSERT_EQ(OpenFile(26, "fields.txt"), 0);
+    Statement read(26, FormattedRead);
+    LocalContext* context = read.context();
+    char field[8];
+    int32_t found = 0;
+    EXPECT_EQ(IOReadAndScan(context, field, 5, ',', &found), 2);
+    EXPECT_EQ(found, 1);
+    EXPECT_EQ(std::string(field, 2), "12");
+    EXPECT_EQ(IOReadAndScan(context, field, 2, ',', &found), 2);  // the width ends it first
+    EXPECT_EQ(found, 0);
+    EXPECT_EQ(IOFindRemainingLength(context), 3);  // "5,6" is left
+    EXPECT_EQ(IOReadAndScan(context, field, 1, ',', &found), 1);
+    EXPECT_EQ(IOReadAndScan(context, field, 1, ',', &found), 0);
+    EXPECT_EQ(found, 1);
+    EXPECT_EQ(IOReadAndScan(context, field, 4, ',', &found), 4);  // "6" and the padding
+    EXPECT_EQ(std::string(field, 4), "6   ");
+    EXPECT_EQ(IOGetByte(context), -1);
+    EXPECT_EQ(context->recordOverflow, 1u);
+    IOTerminateRecord(context);
+    EXPECT_EQ(IOGetByte(context), 'n');
+    read.End();
+}
+
 TEST_F(RecordInput, AnEmptyFileIsAtItsEndAtOnce) {
     WriteFile("empty.txt", "");
     ASSERT_EQ(OpenFile(12, "empty.txt"), 0);
