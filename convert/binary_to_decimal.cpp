@@ -1,0 +1,353 @@
+// Binary to decimal: scale the value by a power of ten so that the wanted digits stand in
+// front of the point, round that double-double to a whole number in the ROUND= mode, and
+// write its digits. At most 30 digits are computed; digits beyond are "0".
+#include <cerrno>
+#include <cfenv>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include "convert/convert.h"
+
+namespace {
+
+constexpr double kInfinity = __builtin_huge_val();
+#include "convert/power_tables.inc"
+
+constexpr double kTwo52 = 4503599627370496.0;
+constexpr double kTwo63 = 9223372036854775808.0;
+constexpr DoubleDouble kTenTo46{1e46, 6.860180964052979e+28};
+constexpr double kTinyLimit = 1e-275;
+constexpr int kTinyShift = 46;
+constexpr int kMaxPairDigits = 31;  // a pair of doubles carries about 32 digits
+
+const char* const kSpellings[6] = {"INF", "NAN", "NAN", "Inf", "NaN(S)", "NaN(Q)"};
+
+enum class Rounding { Nearest, Zero, Up, Down, Compatible };
+
+Rounding RoundingOf(int roundKey) {
+    switch (roundKey) {
+    case kRoundNearest: return Rounding::Nearest;
+    case kRoundZero: return Rounding::Zero;
+    case kRoundUp: return Rounding::Up;
+    case kRoundDown: return Rounding::Down;
+    case kRoundProcessorDefined:
+        switch (std::fegetround()) {
+        case FE_TOWARDZERO: return Rounding::Zero;
+        case FE_UPWARD: return Rounding::Up;
+        case FE_DOWNWARD: return Rounding::Down;
+        default: return Rounding::Nearest;
+        }
+    default: return Rounding::Compatible;  // COMPATIBLE and any unknown key
+    }
+}
+
+// The double-double arithmetic needs round-to-nearest; a caller may have set another mode.
+struct NearestRounding {
+    int saved = std::fegetround();
+    NearestRounding() {
+        if (saved != FE_TONEAREST) std::fesetround(FE_TONEAREST);
+    }
+    ~NearestRounding() {
+        if (saved != FE_TONEAREST) std::fesetround(saved);
+    }
+};
+
+// floor(log10(x)) or one less, from the exponent and leading fraction bits of x.
+int EstimateExponent(double x) {
+    uint64_t bits;
+    std::memcpy(&bits, &x, sizeof bits);
+    int32_t highWord = static_cast<int32_t>(bits >> 32);
+    int64_t product = static_cast<int64_t>(highWord - 0x3FF00000) * (highWord < 0x3FF00000 ? 0x4D104D43LL : 0x4D104D42LL);
+    int32_t high = static_cast<int32_t>(product >> 32);
+    return high >> 20;
+}
+
+// The whole part of a non-negative double-double and what is left over, in [0, 1).
+struct WholeAndFraction {
+    DoubleDouble whole;
+    double fraction;
+};
+
+WholeAndFraction SplitWhole(DoubleDouble x) {
+    if (x.hi < kTwo52) {
+        double whole = std::floor(x.hi);
+        double rest = (x.hi - whole) + x.lo;  // x.hi - whole is exact
+        if (rest < 0) {
+            whole -= 1;
+            rest += 1;
+        } else if (rest >= 1) {
+            whole += 1;
+            rest -= 1;
+        }
+        return {{whole, 0.0}, rest};
+    }
+    // x.hi is whole already; the low part holds the fraction.
+    double low = std::floor(x.lo);
+    return {Normalize(x.hi, low), x.lo - low};
+}
+
+bool RoundsUp(Rounding rounding, double fraction, bool negative, bool odd) {
+    if (fraction == 0) return false;
+    switch (rounding) {
+    case Rounding::Nearest: return fraction > 0.5 || (fraction == 0.5 && odd);
+    case Rounding::Zero: return false;
+    case Rounding::Up: return !negative;  // the magnitude grows toward +infinity
+    case Rounding::Down: return negative;
+    default: return fraction >= 0.5;
+    }
+}
+
+bool IsOdd(DoubleDouble whole) {
+    double last = whole.lo != 0 ? whole.lo : whole.hi;
+    return std::fmod(last, 2.0) != 0;
+}
+
+// x >= y for non-negative normalized double-doubles.
+bool NotLess(DoubleDouble x, DoubleDouble y) { return x.hi > y.hi || (x.hi == y.hi && x.lo >= y.lo); }
+
+// The digits of a whole double-double below 10^31, from `last` back to `first`.
+void cvtloop(double high, double low, char* last, char* first) {
+    uint64_t upper = 0;
+    uint64_t lower;
+    if (high < kTwo63) {
+        lower = static_cast<uint64_t>(high) + static_cast<int64_t>(low);
+    } else {
+        // Split off the last 15 digits exactly: q = floor(x / 10^15), r = x - q * 10^15.
+        constexpr double kTen15 = 1e15;
+        double q = std::floor(high / kTen15);
+        DoubleDouble product = TwoProduct(q, kTen15);
+        double r = (high - product.hi) - product.lo + low;
+        while (r < 0) {
+            r += kTen15;
+            q -= 1;
+        }
+        while (r >= kTen15) {
+            r -= kTen15;
+            q += 1;
+        }
+        upper = static_cast<uint64_t>(q);
+        lower = static_cast<uint64_t>(r);
+        for (int i = 0; i < 15 && last >= first; ++i) {
+            *last-- = static_cast<char>('0' + lower % 10);
+            lower /= 10;
+        }
+        lower = upper;
+    }
+    while (last >= first) {
+        *last-- = static_cast<char>('0' + lower % 10);
+        lower /= 10;
+    }
+}
+
+int Invalid(char* buffer, int* decimalPoint, int* sign) {
+    if (decimalPoint != nullptr) *decimalPoint = 0;
+    if (sign != nullptr) *sign = 0;
+    if (buffer != nullptr) buffer[0] = 0;
+    errno = EINVAL;
+    return -1;
+}
+
+int FillZeros(char* buffer, int bufferLength, int count) {
+    if (count > bufferLength - 1) count = bufferLength - 1;
+    if (count < 0) count = 0;
+    std::memset(buffer, '0', static_cast<size_t>(count));
+    buffer[count] = 0;
+    return 0;
+}
+
+int NotFinite(double value, bool isNan, char* buffer, int bufferLength, int spelling) {
+    const char* text;
+    if (!isNan) {
+        text = spelling == kSpellingUpper ? kSpellings[0] : kSpellings[3];
+    } else {
+        uint64_t bits;
+        std::memcpy(&bits, &value, sizeof bits);
+        bool quiet = (bits >> 51) & 1;
+        text = spelling == kSpellingUpper ? kSpellings[quiet ? 2 : 1] : kSpellings[quiet ? 5 : 4];
+    }
+    int length = static_cast<int>(std::strlen(text));
+    if (bufferLength <= (length > 3 ? length : 3)) {
+        buffer[0] = 0;
+        errno = EINVAL;
+        return -1;
+    }
+    std::memcpy(buffer, text, static_cast<size_t>(length) + 1);
+    return 0;
+}
+
+// The shared core of __cvt_r and _qcvt_r for a positive finite magnitude.
+int ConvertMagnitude(DoubleDouble magnitude, bool pair, bool negative, int digits, int style, int computeLimit,
+                     int* decimalPoint, char* buffer, int bufferLength, Rounding rounding) {
+    int shift = 0;
+    DoubleDouble value = magnitude;
+    if (value.hi < kTinyLimit) {
+        value = pair ? mf2x2(kTenTo46, value) : mf2x1(kTenTo46, value.hi);
+        shift = kTinyShift;
+    }
+    int exponent = EstimateExponent(value.hi);
+    DoubleDouble whole{0, 0};
+    int count = 0;
+    for (int attempt = 0; attempt < 4; ++attempt) {
+        count = style != 0 ? computeLimit : exponent + 1 + digits - shift;
+        if (count > computeLimit) count = computeLimit;
+        if (count < 0) count = 0;
+        int scale = count - (exponent + 1);
+        DoubleDouble scaled;
+        if (scale < 0 && scale >= -22) {
+            // Dividing by an exact power of ten keeps an exact remainder: a whole result
+            // comes out whole.
+            double divisor = kPowersOfTen[-scale].hi;
+            double quotient = value.hi / divisor;
+            double remainder = std::fma(-quotient, divisor, value.hi);
+            scaled = FastTwoSum(quotient, (remainder + value.lo) / divisor);
+        } else if (pair || shift != 0) {
+            scaled = mf2x2(pwr10(scale), value);
+        } else {
+            scaled = mf2x1(pwr10(scale), value.hi);
+        }
+        WholeAndFraction split = SplitWhole(scaled);
+        whole = split.whole;
+        if (RoundsUp(rounding, split.fraction, negative, IsOdd(whole))) whole = AddDouble(whole, 1.0);
+        if (count < kMaxPairDigits + 1 && NotLess(whole, kPowersOfTen[count])) {
+            ++exponent;  // the estimate was low, or the rounding carried
+            continue;
+        }
+        if (style != 0 && count > 0 && whole.hi != 0 && !NotLess(whole, kPowersOfTen[count - 1])) {
+            --exponent;  // an estimate one too high leaves a leading zero
+            continue;
+        }
+        break;
+    }
+    *decimalPoint = exponent + 1 - shift;
+    if (style == 0 && count == 0 && whole.hi >= 1) {
+        // Less than one unit of the last place, rounded up to it: "1" at that place.
+        count = 1;
+        *decimalPoint = 1 - digits;
+        whole = {1.0, 0.0};
+    }
+    if (style == 0) {
+        if (whole.hi == 0) {
+            *decimalPoint = 0;
+            return FillZeros(buffer, bufferLength, digits);
+        }
+        int needed = digits > *decimalPoint + digits ? digits : *decimalPoint + digits;
+        if (needed >= bufferLength) return -2;
+    }
+    if (count > bufferLength - 1) return -2;
+    if (count > 0) cvtloop(whole.hi, whole.lo, buffer + count - 1, buffer);
+    int total = style != 0 ? digits : *decimalPoint + digits;
+    if (total > bufferLength - 1) total = bufferLength - 1;
+    if (total < count) total = count;
+    std::memset(buffer + count, '0', static_cast<size_t>(total - count));
+    buffer[total] = 0;
+    return 0;
+}
+
+}  // namespace
+
+DoubleDouble pwr10(int n) {
+    if (n >= 0) {
+        if (n < 64) return kPowersOfTen[n];
+        int k = n >> 6;
+        if (k > 5) return kPowersOfTen64[6];
+        return mf2x2(kPowersOfTen[n & 63], kPowersOfTen64[k]);
+    }
+    int m = -n;
+    if (m < 64) return kNegativePowersOfTen[m];
+    int k = m >> 6;
+    if (k > 5) return kNegativePowersOfTen64[6];
+    return mf2x2(kNegativePowersOfTen[m & 63], kNegativePowersOfTen64[k]);
+}
+
+int __cvt_r(double value, int digits, int* decimalPoint, int* sign, int exponentStyle, char* buffer, int bufferLength,
+            int strict, int spelling, int roundKey) {
+    if (buffer == nullptr || decimalPoint == nullptr || sign == nullptr || bufferLength < 2) {
+        return Invalid(buffer, decimalPoint, sign);
+    }
+    buffer[0] = 0;
+    if (digits < 0) digits = 0;
+    if (exponentStyle != 0 && digits >= bufferLength) {
+        if (strict) return Invalid(buffer, decimalPoint, sign);
+        digits = bufferLength - 1;
+    }
+    *sign = std::signbit(value) ? 1 : 0;
+    double magnitude = std::fabs(value);
+    if (magnitude == 0) {
+        *decimalPoint = 0;
+        return FillZeros(buffer, bufferLength, digits);
+    }
+    if (!std::isfinite(magnitude)) return NotFinite(value, std::isnan(value), buffer, bufferLength, spelling);
+    Rounding rounding = RoundingOf(roundKey);  // before the mode is set to nearest
+    NearestRounding nearest;
+    int computeLimit = exponentStyle != 0 ? (digits < kMaxComputedDigits ? digits : kMaxComputedDigits)
+                                          : kMaxComputedDigits;
+    int result = ConvertMagnitude({magnitude, 0.0}, false, *sign != 0, digits, exponentStyle, computeLimit,
+                                  decimalPoint, buffer, bufferLength, rounding);
+    if (result == -2) return Invalid(buffer, decimalPoint, sign);
+    return result;
+}
+
+int ubx_ecvt_r(double value, int digits, int* decimalPoint, int* sign, char* buffer, int bufferLength, int spelling,
+               int roundKey) {
+    return __cvt_r(value, digits, decimalPoint, sign, 1, buffer, bufferLength, 1, spelling, roundKey);
+}
+
+int ubx_fcvt_r(double value, int digits, int* decimalPoint, int* sign, char* buffer, int bufferLength, int spelling,
+               int roundKey) {
+    return __cvt_r(value, digits, decimalPoint, sign, 0, buffer, bufferLength, 1, spelling, roundKey);
+}
+
+namespace {
+char sharedBuffer[670];
+}
+
+char* ubx_ecvt(double value, int digits, int* decimalPoint, int* sign, int spelling, int roundKey) {
+    __cvt_r(value, digits, decimalPoint, sign, 1, sharedBuffer, sizeof sharedBuffer, 0, spelling, roundKey);
+    return sharedBuffer;
+}
+
+char* ubx_fcvt(double value, int digits, int* decimalPoint, int* sign, int spelling, int roundKey) {
+    __cvt_r(value, digits, decimalPoint, sign, 0, sharedBuffer, sizeof sharedBuffer, 0, spelling, roundKey);
+    return sharedBuffer;
+}
+
+int _qcvt_r(DoubleDouble value, int digits, int* decimalPoint, int* sign, int exponentStyle, char* buffer,
+            int bufferLength, int spelling, int roundKey) {
+    if (buffer == nullptr || decimalPoint == nullptr || sign == nullptr || bufferLength < 2) {
+        return Invalid(buffer, decimalPoint, sign);
+    }
+    buffer[0] = 0;
+    if (digits < 0) digits = 0;
+    if (digits > bufferLength - 2) digits = bufferLength - 2;
+    // A pair whose low part is the larger is normalised first, unless that part is infinite.
+    if (std::fabs(value.lo) > std::fabs(value.hi) && std::isfinite(value.lo)) value = TwoSum(value.hi, value.lo);
+    *sign = std::signbit(value.hi) ? 1 : 0;
+    if (!std::isfinite(value.hi) || !std::isfinite(value.lo)) {
+        double odd = std::isfinite(value.hi) ? value.lo : value.hi;
+        buffer[0] = 0;
+        return NotFinite(odd, std::isnan(odd), buffer, bufferLength, spelling);
+    }
+    DoubleDouble magnitude = *sign ? Negate(value) : value;
+    if (magnitude.hi == 0) {
+        *decimalPoint = 0;
+        return FillZeros(buffer, bufferLength, digits);
+    }
+    Rounding rounding = RoundingOf(roundKey);  // before the mode is set to nearest
+    NearestRounding nearest;
+    int computeLimit = exponentStyle != 0 ? (digits < kMaxPairDigits ? digits : kMaxPairDigits) : kMaxPairDigits;
+    int result = ConvertMagnitude(magnitude, true, *sign != 0, digits, exponentStyle, computeLimit, decimalPoint, buffer,
+                                  bufferLength, rounding);
+    if (result == -2) return Invalid(buffer, decimalPoint, sign);
+    return result;
+}
+
+int ubx_qecvt_r(DoubleDouble value, int digits, int* decimalPoint, int* sign, char* buffer, int bufferLength,
+                int spelling, int roundKey) {
+    return _qcvt_r(value, digits, decimalPoint, sign, 1, buffer, bufferLength, spelling, roundKey);
+}
+
+int ubx_qfcvt_r(DoubleDouble value, int digits, int* decimalPoint, int* sign, char* buffer, int bufferLength,
+                int spelling, int roundKey) {
+    return _qcvt_r(value, digits, decimalPoint, sign, 0, buffer, bufferLength, spelling, roundKey);
+}

@@ -1,0 +1,79 @@
+// Decimal conversion: binary floating point to decimal digits and back, in every ROUND=
+// mode, with double-double arithmetic and no C library conversion.
+#pragma once
+
+#include <cstdint>
+
+#include "convert/double_double.h"
+
+// The ROUND= mode in force, as its keyword number.
+constexpr int kRoundUp = 0x85;
+constexpr int kRoundDown = 0x86;
+constexpr int kRoundZero = 0x39;
+constexpr int kRoundNearest = 0x87;
+constexpr int kRoundCompatible = 0x88;
+constexpr int kRoundProcessorDefined = 0x7D;
+
+// The spelling of infinities and NaNs: kSpellingUpper gives "INF" and "NAN", anything
+// else "Inf", "NaN(S)" and "NaN(Q)".
+constexpr int kSpellingUpper = 0x22;
+
+constexpr int kMaxComputedDigits = 30;
+
+// ---- Binary to decimal ----
+
+// Writes the digits of |value| into buffer (NUL-terminated): `digits` significant digits
+// when exponentStyle is not 0, else `digits` digits behind the decimal point. The decimal
+// point's position relative to the first digit goes to *decimalPoint, the sign bit to
+// *sign. 0, or -1 with errno EINVAL.
+int __cvt_r(double value, int digits, int* decimalPoint, int* sign, int exponentStyle, char* buffer, int bufferLength,
+            int strict, int spelling, int roundKey);
+int ubx_ecvt_r(double value, int digits, int* decimalPoint, int* sign, char* buffer, int bufferLength, int spelling,
+               int roundKey);
+int ubx_fcvt_r(double value, int digits, int* decimalPoint, int* sign, char* buffer, int bufferLength, int spelling,
+               int roundKey);
+// Through one static buffer of 670 bytes: not re-entrant.
+char* ubx_ecvt(double value, int digits, int* decimalPoint, int* sign, int spelling, int roundKey);
+char* ubx_fcvt(double value, int digits, int* decimalPoint, int* sign, int spelling, int roundKey);
+
+// The same for a 16-byte real held as a pair of doubles.
+int _qcvt_r(DoubleDouble value, int digits, int* decimalPoint, int* sign, int exponentStyle, char* buffer,
+            int bufferLength, int spelling, int roundKey);
+int ubx_qecvt_r(DoubleDouble value, int digits, int* decimalPoint, int* sign, char* buffer, int bufferLength,
+                int spelling, int roundKey);
+int ubx_qfcvt_r(DoubleDouble value, int digits, int* decimalPoint, int* sign, char* buffer, int bufferLength,
+                int spelling, int roundKey);
+
+// 10^n as a double-double.
+DoubleDouble pwr10(int n);
+
+// ---- Decimal to binary ----
+
+double ubx_atof(const char* text, int roundKey);
+float ubx_strtof(const char* text, char** end, int roundKey);
+DoubleDouble _qatof(const char* text, int roundKey);
+void ubx_qatof(double* result, const char* text, int roundKey);
+// After an "N" at the start of a mantissa: 1 "nanq", 2 "nans", 3 "nan" and anything else.
+int checknan(const char* text);
+// After an "I": 0 unless "inf"; 8 for "infinity", 3 for anything else behind "inf".
+int checknf(const char* text);
+
+// ---- The real-field scanner ----
+
+constexpr int kScannerClasses = 21;
+constexpr int kScannerStates = 61;
+constexpr int kScannerStart = 1;
+constexpr int kScannerStartComma = 42;
+constexpr uint32_t kActionConvertLater = 0x8000;  // FmtFToR: implied point, odd blanks, errors
+constexpr uint32_t kActionConvert = 0x4000;       // the text converts at once
+constexpr uint32_t kActionKnownValue = 0x2000;    // plus an index into the value tables
+
+extern const uint8_t _RFRCharClass[256];
+extern const uint32_t _rfrscan_transition[kScannerStates][kScannerClasses][2];
+extern const uint32_t rfr_actions[kScannerStates];
+extern const float f_rfrval[18];
+extern const double d_rfrval[18];
+extern const DoubleDouble ld_rfrval[18];
+extern const uint32_t f_ieee_val[7];
+extern const uint64_t d_ieee_val[7];
+extern const uint64_t ld_ieee_val[7];
