@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench >/dev/null
 export TMPDIR=${TMPDIR:-/tmp}
 records=$(mktemp)
 files=$(mktemp)
@@ -12,6 +12,9 @@ files=$(mktemp)
 # (With both on files, unit 6 is flushed after every record, as the run-time intends.)
 build/host/bench/record_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
   --benchmark_out="$records" --benchmark_out_format=json 2>&1 | cat >/dev/null
+conversions=$(mktemp)
+build/host/bench/convert_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$conversions" --benchmark_out_format=json >/dev/null 2>&1
 build/host/bench/file_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
   --benchmark_out="$files" --benchmark_out_format=json 2>&1 | cat >/dev/null
 
@@ -23,9 +26,9 @@ peer=""
 if command -v gfortran >/dev/null; then
   gfortran -O2 bench/peers/records.f90 -o "$peer_dir/records" && peer="$peer_dir/records"
 fi
-python3 - "$records" "$files" "$input" "$peer" "$peer_dir" <<'PY'
+python3 - "$records" "$files" "$input" "$peer" "$peer_dir" "$conversions" <<'PY'
 import json, os, subprocess, sys, time, statistics
-records_json, files_json, input_path, peer, peer_dir = sys.argv[1:6]
+records_json, files_json, input_path, peer, peer_dir, conversions_json = sys.argv[1:7]
 def medians(path):
     return {b["run_name"]: b for b in json.load(open(path))["benchmarks"] if b.get("aggregate_name") == "median"}
 r, f = medians(records_json), medians(files_json)
@@ -35,6 +38,15 @@ for label, ours, limit in [("empty PRINT to a file (2 bytes)", "EmptyPrint", "Wr
                            ("80-byte records to a file", "Write80ByteRecords", "Write2Limit/82"),
                            ("80-byte records, write(2) each", "Write2PerRecord", "Write2Limit/82")]:
     print(f"{label:34} {rate(r, ours):14,.0f} {rate(r, limit):25,.0f} {rate(r, ours) / rate(r, limit):7.2f}")
+
+c = medians(conversions_json)
+ns = lambda name: c[name]["real_time"]
+print()
+print(f"{'conversion, ns each':34} {'ours':>8} {'to/from_chars':>14} {'glibc':>8} {'ours/chars':>11} {'ours/glibc':>11}")
+for label, ours, chars, glibc in [("REAL(8) to 17 significant digits", "Ours17Digits", "ToChars17Digits", "Snprintf17Digits"),
+                                  ("REAL(8) to 6 digits behind point", "OursFixed6", "ToCharsFixed6", "SnprintfFixed6"),
+                                  ("decimal text to REAL(8)", "OursAtof", "FromChars", "Strtod")]:
+    print(f"{label:34} {ns(ours):8.1f} {ns(chars):14.1f} {ns(glibc):8.1f} {ns(ours) / ns(chars):11.2f} {ns(ours) / ns(glibc):11.2f}")
 
 size = os.path.getsize(input_path)
 def timed(command, **kw):
@@ -62,4 +74,4 @@ print(f"{f'file of {size / 1e6:.0f} MB':34} {'MB/s':>14}")
 for label, value in rows:
     print(f"{label:34} {value:14,.0f}")
 PY
-rm -rf "$records" "$files" "$peer_dir"
+rm -rf "$records" "$files" "$peer_dir" "$conversions"

@@ -41,36 +41,58 @@ struct DecimalText {
     const char* end = nullptr;
 };
 
+// Appends one significant digit to the blocks; digits past the blocks only count.
+struct DigitSink {
+    DecimalText& d;
+    int blockCount;
+    uint64_t accumulator = 0;
+    int block = 0;
+    int inBlock = 0;
+
+    // The result says whether the digit was kept.
+    bool Take(int digit) {
+        if (block >= blockCount) return false;
+        accumulator = accumulator * 10 + static_cast<uint64_t>(digit);
+        if (++inBlock == kBlockDigits) Close();
+        return true;
+    }
+    void Close() {
+        if (block >= blockCount || inBlock == 0) return;
+        d.blocks[block] = static_cast<double>(accumulator);  // below 10^15: exact
+        d.blockDigits[block] = inBlock;
+        ++block;
+        accumulator = 0;
+        inBlock = 0;
+    }
+};
+
 DecimalText Scan(const char* text, int blockCount) {
     DecimalText d;
     const char* p = text;
     while (IsSpace(*p)) ++p;
     if (*p == '+' || *p == '-') d.negative = *p++ == '-';
     d.afterSign = p;
-    bool seenPoint = false;
-    bool significant = false;
-    int block = 0;
-    for (;; ++p) {
-        char c = *p;
-        if (c == '.' && !seenPoint) {
-            seenPoint = true;
-            continue;
-        }
-        if (!IsDigit(c)) break;
-        d.anyDigit = true;
-        if (c == '0' && !significant) {
-            if (seenPoint) d.exponent -= 1;  // leading zeros only place the point
-            continue;
-        }
-        significant = true;
-        if (block < blockCount) {
-            d.blocks[block] = d.blocks[block] * 10 + (c - '0');
-            if (++d.blockDigits[block] == kBlockDigits) ++block;
-            if (seenPoint) d.exponent -= 1;
-        } else if (!seenPoint) {
-            d.exponent += 1;  // a dropped digit in front of the point still counts
-        }
+    DigitSink sink{d, blockCount};
+    // In front of the point: leading zeros are passed over; dropped digits still count.
+    const char* digitsStart = p;
+    while (*p == '0') ++p;
+    for (; IsDigit(*p); ++p) {
+        if (!sink.Take(*p - '0')) d.exponent += 1;
     }
+    d.anyDigit = p != digitsStart;
+    if (*p == '.') {
+        ++p;
+        const char* fractionStart = p;
+        if (sink.block == 0 && sink.inBlock == 0) {
+            // Zeros right behind the point only place it.
+            for (; *p == '0'; ++p) d.exponent -= 1;
+        }
+        for (; IsDigit(*p); ++p) {
+            if (sink.Take(*p - '0')) d.exponent -= 1;
+        }
+        d.anyDigit = d.anyDigit || p != fractionStart;
+    }
+    sink.Close();
     if (d.anyDigit && IsExponentLetter(*p)) {
         const char* q = p + 1;
         bool negativeExponent = false;
@@ -135,12 +157,15 @@ double RoundPair(DoubleDouble x, int mode, bool compatible) {
     return result;
 }
 
+// The arithmetic runs in round-to-nearest; the caller's mode comes back at the end.
 struct SavedRounding {
     int entry = std::fegetround();
     SavedRounding() {
         if (entry != FE_TONEAREST) std::fesetround(FE_TONEAREST);
     }
-    ~SavedRounding() { std::fesetround(entry); }
+    ~SavedRounding() {
+        if (entry != FE_TONEAREST) std::fesetround(entry);
+    }
 };
 
 double Special(const DecimalText& d) {

@@ -1,0 +1,127 @@
+// Decimal conversion beside std::to_chars / std::from_chars and glibc's snprintf / strtod.
+#include <benchmark/benchmark.h>
+
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "convert/convert.h"
+
+namespace {
+
+const std::vector<double>& Values() {
+    static const std::vector<double> values = [] {
+        std::mt19937_64 random(1);
+        std::uniform_real_distribution<double> exponent(-30, 30);
+        std::vector<double> v(4096);
+        for (double& x : v) x = std::pow(10.0, exponent(random)) * (random() % 2 ? 1 : -1);
+        return v;
+    }();
+    return values;
+}
+
+const std::vector<std::string>& Texts() {
+    static const std::vector<std::string> texts = [] {
+        std::vector<std::string> t;
+        char buffer[64];
+        for (double x : Values()) {
+            std::snprintf(buffer, sizeof buffer, "%.17g", x);
+            t.emplace_back(buffer);
+        }
+        return t;
+    }();
+    return texts;
+}
+
+void Ours17Digits(benchmark::State& state) {
+    char buffer[64];
+    int point, sign;
+    size_t i = 0;
+    for (auto _ : state) {
+        __cvt_r(Values()[i++ & 4095], 17, &point, &sign, 1, buffer, sizeof buffer, 1, 0, kRoundNearest);
+        benchmark::DoNotOptimize(buffer);
+    }
+}
+BENCHMARK(Ours17Digits);
+
+void ToChars17Digits(benchmark::State& state) {
+    char buffer[64];
+    size_t i = 0;
+    for (auto _ : state) {
+        std::to_chars(buffer, buffer + sizeof buffer, Values()[i++ & 4095], std::chars_format::scientific, 16);
+        benchmark::DoNotOptimize(buffer);
+    }
+}
+BENCHMARK(ToChars17Digits);
+
+void Snprintf17Digits(benchmark::State& state) {
+    char buffer[64];
+    size_t i = 0;
+    for (auto _ : state) {
+        std::snprintf(buffer, sizeof buffer, "%.16e", Values()[i++ & 4095]);
+        benchmark::DoNotOptimize(buffer);
+    }
+}
+BENCHMARK(Snprintf17Digits);
+
+void OursFixed6(benchmark::State& state) {
+    char buffer[64];
+    int point, sign;
+    size_t i = 0;
+    for (auto _ : state) {
+        __cvt_r(Values()[i++ & 4095], 6, &point, &sign, 0, buffer, sizeof buffer, 1, 0, kRoundNearest);
+        benchmark::DoNotOptimize(buffer);
+    }
+}
+BENCHMARK(OursFixed6);
+
+void ToCharsFixed6(benchmark::State& state) {
+    char buffer[128];
+    size_t i = 0;
+    for (auto _ : state) {
+        std::to_chars(buffer, buffer + sizeof buffer, Values()[i++ & 4095], std::chars_format::fixed, 6);
+        benchmark::DoNotOptimize(buffer);
+    }
+}
+BENCHMARK(ToCharsFixed6);
+
+void SnprintfFixed6(benchmark::State& state) {
+    char buffer[128];
+    size_t i = 0;
+    for (auto _ : state) {
+        std::snprintf(buffer, sizeof buffer, "%.6f", Values()[i++ & 4095]);
+        benchmark::DoNotOptimize(buffer);
+    }
+}
+BENCHMARK(SnprintfFixed6);
+
+void OursAtof(benchmark::State& state) {
+    size_t i = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(ubx_atof(Texts()[i++ & 4095].c_str(), kRoundNearest));
+}
+BENCHMARK(OursAtof);
+
+void FromChars(benchmark::State& state) {
+    size_t i = 0;
+    double value;
+    for (auto _ : state) {
+        const std::string& text = Texts()[i++ & 4095];
+        std::from_chars(text.data(), text.data() + text.size(), value);
+        benchmark::DoNotOptimize(value);
+    }
+}
+BENCHMARK(FromChars);
+
+void Strtod(benchmark::State& state) {
+    size_t i = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(std::strtod(Texts()[i++ & 4095].c_str(), nullptr));
+}
+BENCHMARK(Strtod);
+
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,37 @@
+// Fuzzes decimal-to-binary conversion and the real-field scanner: any text must give a
+// value without a fault or a read past its end.
+#include <cmath>
+#include <cstring>
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+#include "convert/convert.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    std::vector<char> text(data, data + size);
+    text.push_back(0);
+    const int keys[] = {kRoundNearest, kRoundUp, kRoundDown, kRoundZero, kRoundCompatible};
+    int key = keys[size % 5];
+    double value = ubx_atof(text.data(), key);
+    float single = ubx_strtof(text.data(), nullptr, key);
+    DoubleDouble pair = _qatof(text.data(), key);
+    // The directions agree with each other where the value is an ordinary number.
+    if (std::isfinite(value) && ubx_atof(text.data(), kRoundDown) > ubx_atof(text.data(), kRoundUp)) std::abort();
+    (void)single;
+    (void)pair;
+    uint32_t state = kScannerStart;
+    for (size_t i = 0; i < size; ++i) {
+        state = _rfrscan_transition[state][_RFRCharClass[data[i]]][0];
+        if (state >= static_cast<uint32_t>(kScannerStates)) std::abort();
+    }
+    // And back: the digits of what came out.
+    char buffer[64];
+    int point, sign;
+    if (__cvt_r(value, static_cast<int>(size % 40), &point, &sign, static_cast<int>(size & 1), buffer, sizeof buffer, 0, 0,
+                key) == 0 &&
+        buffer[sizeof buffer - 1] != 0 && std::strlen(buffer) >= sizeof buffer) {
+        std::abort();
+    }
+    return 0;
+}
