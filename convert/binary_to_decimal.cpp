@@ -42,17 +42,6 @@ Rounding RoundingOf(int roundKey) {
     }
 }
 
-// The double-double arithmetic needs round-to-nearest; a caller may have set another mode.
-struct NearestRounding {
-    int saved = std::fegetround();
-    NearestRounding() {
-        if (saved != FE_TONEAREST) std::fesetround(FE_TONEAREST);
-    }
-    ~NearestRounding() {
-        if (saved != FE_TONEAREST) std::fesetround(saved);
-    }
-};
-
 // floor(log10(x)) or one less, from the exponent and leading fraction bits of x.
 int EstimateExponent(double x) {
     uint64_t bits;
@@ -279,7 +268,7 @@ int __cvt_r(double value, int digits, int* decimalPoint, int* sign, int exponent
     }
     if (!std::isfinite(magnitude)) return NotFinite(value, std::isnan(value), buffer, bufferLength, spelling);
     Rounding rounding = RoundingOf(roundKey);  // before the mode is set to nearest
-    NearestRounding nearest;
+    NearestRoundingScope nearest;
     int computeLimit = exponentStyle != 0 ? (digits < kMaxComputedDigits ? digits : kMaxComputedDigits)
                                           : kMaxComputedDigits;
     int result = ConvertMagnitude({magnitude, 0.0}, false, *sign != 0, digits, exponentStyle, computeLimit,
@@ -334,7 +323,7 @@ int _qcvt_r(DoubleDouble value, int digits, int* decimalPoint, int* sign, int ex
         return FillZeros(buffer, bufferLength, digits);
     }
     Rounding rounding = RoundingOf(roundKey);  // before the mode is set to nearest
-    NearestRounding nearest;
+    NearestRoundingScope nearest;
     int computeLimit = exponentStyle != 0 ? (digits < kMaxPairDigits ? digits : kMaxPairDigits) : kMaxPairDigits;
     int result = ConvertMagnitude(magnitude, true, *sign != 0, digits, exponentStyle, computeLimit, decimalPoint, buffer,
                                   bufferLength, rounding);

@@ -157,17 +157,6 @@ double RoundPair(DoubleDouble x, int mode, bool compatible) {
     return result;
 }
 
-// The arithmetic runs in round-to-nearest; the caller's mode comes back at the end.
-struct SavedRounding {
-    int entry = std::fegetround();
-    SavedRounding() {
-        if (entry != FE_TONEAREST) std::fesetround(FE_TONEAREST);
-    }
-    ~SavedRounding() {
-        if (entry != FE_TONEAREST) std::fesetround(entry);
-    }
-};
-
 double Special(const DecimalText& d) {
     char first = *d.afterSign;
     double value = 0;
@@ -245,12 +234,12 @@ double ubx_atof(const char* text, int roundKey) {
     if (text == nullptr) return 0;
     DecimalText d = Scan(text, 2);
     if (!d.anyDigit) return Special(d);
-    SavedRounding rounding;
+    NearestRoundingScope rounding;
     DoubleDouble exact;
     double settled;
     int shift;
     if (!ExactPart(d, &exact, &settled, &shift)) return settled;
-    int mode = MagnitudeMode(roundKey, rounding.entry, d.negative);
+    int mode = MagnitudeMode(roundKey, rounding.entry(), d.negative);
     double magnitude = RoundPair(exact, mode, roundKey == kRoundCompatible);
     if (shift != 0) {
         // Scaling back is exact, except that it overflows as the mode says it should.
@@ -268,14 +257,14 @@ float ubx_strtof(const char* text, char** end, int roundKey) {
     DecimalText d = Scan(text, 2);
     if (end != nullptr) *end = const_cast<char*>(d.end);
     if (!d.anyDigit) return static_cast<float>(Special(d));
-    SavedRounding rounding;
+    NearestRoundingScope rounding;
     DoubleDouble exact;
     double settled;
     int shift;
     if (!ExactPart(d, &exact, &settled, &shift)) return static_cast<float>(settled);
     if (shift != 0) return d.negative ? -HUGE_VALF : HUGE_VALF;  // far beyond the largest float
     // Round the double-double straight to float, so that nothing is rounded twice.
-    int mode = MagnitudeMode(roundKey, rounding.entry, d.negative);
+    int mode = MagnitudeMode(roundKey, rounding.entry(), d.negative);
     std::fesetround(mode);
     volatile float candidate = static_cast<float>(exact.hi);
     float result = candidate;
@@ -310,7 +299,7 @@ DoubleDouble _qatof(const char* text, int roundKey) {
     if (text == nullptr) return zero;
     DecimalText d = Scan(text, 3);
     if (!d.anyDigit) return {Special(d), 0.0};
-    SavedRounding rounding;
+    NearestRoundingScope rounding;
     double sign = d.negative ? -1.0 : 1.0;
     if (d.blocks[0] == 0) return {sign * 0.0, 0.0};
     if (d.exponent > kExponentLimit) return {sign * kInfinity, 0.0};
@@ -330,7 +319,7 @@ DoubleDouble _qatof(const char* text, int roundKey) {
     if (tiny) sum = mf2x2(sum, kTenToMinus256[0]);
     if (overflow || std::isinf(sum.hi)) return {sign * kInfinity, 0.0};
     // The last normalisation happens in the ROUND= mode.
-    std::fesetround(MagnitudeMode(roundKey, rounding.entry, d.negative));
+    std::fesetround(MagnitudeMode(roundKey, rounding.entry(), d.negative));
     volatile double high = sum.hi + sum.lo;
     double low = sum.lo - (high - sum.hi);
     std::fesetround(FE_TONEAREST);

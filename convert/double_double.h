@@ -7,6 +7,7 @@
 // addition.
 #pragma once
 
+#include <cfenv>
 #include <cmath>
 
 struct DoubleDouble {
@@ -70,3 +71,22 @@ inline DoubleDouble mf2x2(DoubleDouble x, DoubleDouble y) {
 }
 
 inline DoubleDouble Negate(DoubleDouble x) { return {-x.hi, -x.lo}; }
+
+// The error-free transformations need round-to-nearest: this sets it for a scope and
+// gives the caller's mode back at the end, when it was another one.
+class NearestRoundingScope {
+public:
+    NearestRoundingScope() : entry_(std::fegetround()) {
+        if (entry_ != FE_TONEAREST) std::fesetround(FE_TONEAREST);
+    }
+    ~NearestRoundingScope() {
+        if (entry_ != FE_TONEAREST) std::fesetround(entry_);
+    }
+    NearestRoundingScope(const NearestRoundingScope&) = delete;
+    NearestRoundingScope& operator=(const NearestRoundingScope&) = delete;
+    // The mode the caller had: what PROCESSOR_DEFINED means.
+    int entry() const { return entry_; }
+
+private:
+    int entry_;
+};

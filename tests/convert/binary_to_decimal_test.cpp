@@ -196,12 +196,15 @@ TEST(BinaryToDecimal, PairsOfDoublesCarryTheirExtraDigits) {
         if (random() % 2) low = -low;
         DoubleDouble pair = TwoSum(high, low);
         exact::Decimal truth = exact::OfPair(pair.hi, pair.lo);
-        for (int n : {5, 17, 25, 28}) {
-            char buffer[64];
-            int point, sign;
-            ASSERT_EQ(_qcvt_r(pair, n, &point, &sign, 1, buffer, 64, 0, kRoundNearest), 0);
-            exact::Decimal expected = exact::Round(truth, n, exact::Mode::Nearest, false);
-            if (expected.digits != buffer || expected.point != point) ++differing;
+        for (const RoundingCase& mode : kModes) {
+            for (int n : {5, 17, 25, 28}) {
+                char buffer[64];
+                int point, sign;
+                ASSERT_EQ(_qcvt_r(pair, n, &point, &sign, 1, buffer, 64, 0, mode.key), 0);
+                exact::Decimal expected = exact::Round(truth, n, mode.mode, pair.hi < 0);
+                if (expected.digits != buffer || expected.point != point) ++differing;
+                EXPECT_EQ(sign, pair.hi < 0 ? 1 : 0);
+            }
         }
         char buffer[64];
         int point, sign;
