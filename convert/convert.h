@@ -61,7 +61,7 @@ int checknf(const char* text);
 // ---- The real-field scanner ----
 
 constexpr int kScannerClasses = 21;
-constexpr int kScannerStates = 61;
+constexpr int kRealScannerStates = 61;
 constexpr int kScannerStart = 1;
 constexpr int kScannerStartComma = 42;
 constexpr uint32_t kActionConvertLater = 0x8000;  // FmtFToR: implied point, odd blanks, errors
@@ -69,8 +69,8 @@ constexpr uint32_t kActionConvert = 0x4000;       // the text converts at once
 constexpr uint32_t kActionKnownValue = 0x2000;    // plus an index into the value tables
 
 extern const uint8_t _RFRCharClass[256];
-extern const uint32_t _rfrscan_transition[kScannerStates][kScannerClasses][2];
-extern const uint32_t rfr_actions[kScannerStates];
+extern const uint32_t _rfrscan_transition[kRealScannerStates][kScannerClasses][2];
+extern const uint32_t rfr_actions[kRealScannerStates];
 extern const float f_rfrval[18];
 extern const double d_rfrval[18];
 extern const DoubleDouble ld_rfrval[18];

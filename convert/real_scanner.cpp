@@ -38,8 +38,8 @@ constexpr std::array<uint8_t, 256> MakeClasses() {
 }
 
 struct Machine {
-    uint32_t next[kScannerStates][kScannerClasses][2]{};
-    uint32_t actions[kScannerStates]{};
+    uint32_t next[kRealScannerStates][kScannerClasses][2]{};
+    uint32_t actions[kRealScannerStates]{};
 
     constexpr void On(int state, std::initializer_list<Class> classes, int target) {
         for (Class c : classes) next[state][c][0] = static_cast<uint32_t>(target);
@@ -202,7 +202,7 @@ const uint8_t _RFRCharClass[256] = {
 
 // The tables are data that other layers index: copies of the machine built above.
 
-const uint32_t _rfrscan_transition[kScannerStates][kScannerClasses][2] = {
+const uint32_t _rfrscan_transition[kRealScannerStates][kScannerClasses][2] = {
 #define VRN_CELL(s, c) {kMachine.next[s][c][0], 0}
 #define VRN_STATE(s)                                                                                               \
     {VRN_CELL(s, 0),  VRN_CELL(s, 1),  VRN_CELL(s, 2),  VRN_CELL(s, 3),  VRN_CELL(s, 4),  VRN_CELL(s, 5),         \
@@ -222,7 +222,7 @@ const uint32_t _rfrscan_transition[kScannerStates][kScannerClasses][2] = {
 #undef VRN_CELL
 };
 
-const uint32_t rfr_actions[kScannerStates] = {
+const uint32_t rfr_actions[kRealScannerStates] = {
 #define VRN_ACTION(s) kMachine.actions[s]
     VRN_ACTION(0),  VRN_ACTION(1),  VRN_ACTION(2),  VRN_ACTION(3),  VRN_ACTION(4),  VRN_ACTION(5),  VRN_ACTION(6),
     VRN_ACTION(7),  VRN_ACTION(8),  VRN_ACTION(9),  VRN_ACTION(10), VRN_ACTION(11), VRN_ACTION(12), VRN_ACTION(13),

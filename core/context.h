@@ -96,6 +96,10 @@ struct LocalContext {
     uint32_t ld_skip_separator;
     uint32_t ld_first_item;
     uint32_t ldAtFirstColumn;
+    uint32_t ld_last_was_char;  // an undelimited character value was the last item
+    uint32_t ld_delimited;
+    uint32_t ld_in_namelist;
+    char ld_delim_char;
     char ldSeparator;
     int32_t ldLookAhead;     // a read-ahead character of the scanner, -1 for none
     void* aioRequest;

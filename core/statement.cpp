@@ -451,7 +451,8 @@ void SetModes(GlobalContext* global, LocalContext* context, const StatementShape
 void ResetListDirectedState(LocalContext* context) {
     context->ldItemCount = 0;
     context->ld_skip_separator = 0;
-    context->ld_first_item = 1;
+    context->ld_last_was_char = 0;
+    context->ld_first_item = 0;
     context->ldSeparator = ' ';
     context->dtioFlags = kNoStatement;
     context->formatState[0] = 0;

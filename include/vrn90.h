@@ -130,6 +130,19 @@ uint32_t _vrnfindiokeyword(const char* text, int32_t length);
 int32_t _vrnRegisterTask(void* task);
 int32_t _vrnDeregisterTask(void* task);
 
+/* ---- List-directed output: one call per item after _vrnBeginIO ---- */
+
+/* Kinds: integer 1, 2, 4 (any other is 8); logical 1, 2, 4, 8; real 4, 8 (any other is
+ * 16, a pair of doubles); complex parts 4, 8, 16. The word after the value is ignored.
+ * Each returns the statement's status so far. */
+int32_t _vrnWriteLDInt(LocalContext* context, const void* value, int32_t ignored, const int32_t* kind);
+int32_t _vrnWriteLDLog(LocalContext* context, const void* value, int32_t ignored, const int32_t* kind);
+int32_t _vrnWriteLDByte(LocalContext* context, const void* value);
+int32_t _vrnWriteLDReal(LocalContext* context, const void* value, int32_t ignored, const int32_t* kind);
+/* The imaginary part lies at value + totalLength / 2. */
+int32_t _vrnWriteLDCmplx(LocalContext* context, const void* value, const int32_t* totalLength, const int32_t* partKind);
+int32_t _vrnWriteLDChar(LocalContext* context, const char* text, const int32_t* length);
+
 /* ---- Run-time options ---- */
 
 /* The value of one option by its keyword number: 54 (YES) or 28 (NO) for the yes/no

@@ -15,3 +15,13 @@ int32_t BeginIOReadLd(LocalContext* context, void* kindArgument);
 int32_t EndIOReadLd(LocalContext* context);
 // End of file in a list-directed READ.
 int32_t LDEndOfFileError(LocalContext* context);
+
+// The real-number text of list-directed and namelist output; the result is its length.
+int32_t LdNlR4ToDec(LocalContext* context, const void* value, char* out, bool plus, bool comma);
+int32_t LdNlR8ToDec(LocalContext* context, const void* value, char* out, bool plus, bool comma);
+int32_t LdNlR16ToDec(LocalContext* context, const void* value, char* out, bool plus, bool comma);
+
+// The item routines by item type code (0 integer ... 6 derived type). Their arguments
+// differ by type; callers cast to the routine's own type.
+using LdWriteFunction = void (*)(void);
+extern const LdWriteFunction LdWriteFunctions[7];

@@ -23,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     uint32_t state = kScannerStart;
     for (size_t i = 0; i < size; ++i) {
         state = _rfrscan_transition[state][_RFRCharClass[data[i]]][0];
-        if (state >= static_cast<uint32_t>(kScannerStates)) std::abort();
+        if (state >= static_cast<uint32_t>(kRealScannerStates)) std::abort();
     }
     // And back: the digits of what came out.
     char buffer[64];

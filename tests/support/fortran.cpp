@@ -111,6 +111,88 @@ InternalWrite& InternalWrite::Bytes(std::string_view bytes) {
 
 int32_t InternalWrite::End() { return _vrnEndIO(context_); }
 
+ListWriter::ListWriter(int32_t unit, Specifiers* specifiers, uint32_t options, void* iostat) : unit_(unit) {
+    context_ = _vrnBeginIO(&unit_, ListWrite, specifiers != nullptr ? specifiers->list() : nullptr, options, iostat, 0,
+                           nullptr);
+}
+
+ListWriter::ListWriter(char* base, uint32_t length, uint32_t records, uint32_t options, void* iostat,
+                       Specifiers* specifiers)
+    : file_{reinterpret_cast<uintptr_t>(base), static_cast<uintptr_t>(length) * records, length}, fileAddress_(&file_) {
+    context_ = _vrnBeginIO(&fileAddress_, InternalListWrite, specifiers != nullptr ? specifiers->list() : nullptr,
+                           options, iostat, 0, nullptr);
+}
+
+ListWriter& ListWriter::Item(int32_t value) { return Integer(value, 4); }
+
+ListWriter& ListWriter::Integer(int64_t value, int32_t kind) {
+    int8_t one = static_cast<int8_t>(value);
+    int16_t two = static_cast<int16_t>(value);
+    int32_t four = static_cast<int32_t>(value);
+    const void* address = kind == 1 ? static_cast<const void*>(&one) : kind == 2 ? static_cast<const void*>(&two)
+                        : kind == 4 ? static_cast<const void*>(&four) : static_cast<const void*>(&value);
+    _vrnWriteLDInt(context_, address, 0, &kind);
+    return *this;
+}
+
+ListWriter& ListWriter::Byte(int8_t value) {
+    _vrnWriteLDByte(context_, &value);
+    return *this;
+}
+
+ListWriter& ListWriter::Item(float value) {
+    int32_t kind = 4;
+    _vrnWriteLDReal(context_, &value, 0, &kind);
+    return *this;
+}
+
+ListWriter& ListWriter::Item(double value) {
+    int32_t kind = 8;
+    _vrnWriteLDReal(context_, &value, 0, &kind);
+    return *this;
+}
+
+ListWriter& ListWriter::Real16(double high, double low) {
+    double pair[2] = {high, low};
+    int32_t kind = 16;
+    _vrnWriteLDReal(context_, pair, 0, &kind);
+    return *this;
+}
+
+ListWriter& ListWriter::Logical(int64_t value, int32_t kind) {
+    int8_t one = static_cast<int8_t>(value);
+    int16_t two = static_cast<int16_t>(value);
+    int32_t four = static_cast<int32_t>(value);
+    const void* address = kind == 1 ? static_cast<const void*>(&one) : kind == 2 ? static_cast<const void*>(&two)
+                        : kind == 4 ? static_cast<const void*>(&four) : static_cast<const void*>(&value);
+    _vrnWriteLDLog(context_, address, 0, &kind);
+    return *this;
+}
+
+ListWriter& ListWriter::Complex(float real, float imaginary) {
+    float parts[2] = {real, imaginary};
+    int32_t total = sizeof parts;
+    int32_t kind = 4;
+    _vrnWriteLDCmplx(context_, parts, &total, &kind);
+    return *this;
+}
+
+ListWriter& ListWriter::Complex(double real, double imaginary) {
+    double parts[2] = {real, imaginary};
+    int32_t total = sizeof parts;
+    int32_t kind = 8;
+    _vrnWriteLDCmplx(context_, parts, &total, &kind);
+    return *this;
+}
+
+ListWriter& ListWriter::Item(std::string_view text) {
+    int32_t length = static_cast<int32_t>(text.size());
+    _vrnWriteLDChar(context_, text.data(), &length);
+    return *this;
+}
+
+int32_t ListWriter::End() { return _vrnEndIO(context_); }
+
 int32_t PrintEmpty() { return Statement(6, ListWrite).End(); }
 
 int32_t Open(int32_t unit, Specifiers& specifiers, void* iostat, uint32_t options) {

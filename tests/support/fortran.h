@@ -84,6 +84,34 @@ private:
     LocalContext* context_;
 };
 
+// WRITE (unit, *) items, as the compiler calls the item routines:
+//   ListWrite().Item(42).Item(2.5).Item("AB").End()
+class ListWriter {
+public:
+    explicit ListWriter(int32_t unit = 6, Specifiers* specifiers = nullptr, uint32_t options = 0, void* iostat = nullptr);
+    // An internal WRITE to `records` elements of `length` characters.
+    ListWriter(char* base, uint32_t length, uint32_t records, uint32_t options = 0, void* iostat = nullptr,
+               Specifiers* specifiers = nullptr);
+    ListWriter& Item(int32_t value);
+    ListWriter& Integer(int64_t value, int32_t kind);
+    ListWriter& Byte(int8_t value);
+    ListWriter& Item(float value);
+    ListWriter& Item(double value);
+    ListWriter& Real16(double high, double low);
+    ListWriter& Logical(int64_t value, int32_t kind = 4);
+    ListWriter& Complex(float real, float imaginary);
+    ListWriter& Complex(double real, double imaginary);
+    ListWriter& Item(std::string_view text);
+    LocalContext* context() const { return context_; }
+    int32_t End();
+
+private:
+    int32_t unit_ = 0;
+    InternalFile file_{};
+    InternalFile* fileAddress_ = nullptr;
+    LocalContext* context_;
+};
+
 // PRINT * with no items.
 int32_t PrintEmpty();
 
