@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench >/dev/null
 export TMPDIR=${TMPDIR:-/tmp}
 records=$(mktemp)
 files=$(mktemp)
@@ -12,6 +12,9 @@ files=$(mktemp)
 # (With both on files, unit 6 is flushed after every record, as the run-time intends.)
 build/host/bench/record_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
   --benchmark_out="$records" --benchmark_out_format=json 2>&1 | cat >/dev/null
+lists=$(mktemp)
+build/host/bench/list_bench --benchmark_repetitions=3 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$lists" --benchmark_out_format=json >/dev/null 2>&1
 conversions=$(mktemp)
 build/host/bench/convert_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
   --benchmark_out="$conversions" --benchmark_out_format=json >/dev/null 2>&1
@@ -23,12 +26,14 @@ build/host/bench/file_bench --benchmark_repetitions=5 --benchmark_report_aggrega
 input="$TMPDIR/vrn_bench_input.txt"
 peer_dir=$(mktemp -d)
 peer=""
+list_peer=""
 if command -v gfortran >/dev/null; then
   gfortran -O2 bench/peers/records.f90 -o "$peer_dir/records" && peer="$peer_dir/records"
+  gfortran -O2 bench/peers/list_write.f90 -o "$peer_dir/list_write" && list_peer="$peer_dir/list_write"
 fi
-python3 - "$records" "$files" "$input" "$peer" "$peer_dir" "$conversions" <<'PY'
+python3 - "$records" "$files" "$input" "$peer" "$peer_dir" "$conversions" "$lists" "$list_peer" <<'PY'
 import json, os, subprocess, sys, time, statistics
-records_json, files_json, input_path, peer, peer_dir, conversions_json = sys.argv[1:7]
+records_json, files_json, input_path, peer, peer_dir, conversions_json, lists_json, list_peer = sys.argv[1:9]
 def medians(path):
     return {b["run_name"]: b for b in json.load(open(path))["benchmarks"] if b.get("aggregate_name") == "median"}
 r, f = medians(records_json), medians(files_json)
@@ -47,6 +52,22 @@ for label, ours, chars, glibc in [("REAL(8) to 17 significant digits", "Ours17Di
                                   ("REAL(8) to 6 digits behind point", "OursFixed6", "ToCharsFixed6", "SnprintfFixed6"),
                                   ("decimal text to REAL(8)", "OursAtof", "FromChars", "Strtod")]:
     print(f"{label:34} {ns(ours):8.1f} {ns(chars):14.1f} {ns(glibc):8.1f} {ns(ours) / ns(chars):11.2f} {ns(ours) / ns(glibc):11.2f}")
+
+l = medians(lists_json)
+ours_real = 1e9 / l["WriteReals/2000000/real_time"]["items_per_second"]
+ours_int = 1e9 / l["WriteIntegers/5000000/real_time"]["items_per_second"]
+peer_real = peer_int = float("nan")
+if list_peer:
+    runs = []
+    for _ in range(3):
+        out = subprocess.run([list_peer, os.path.join(peer_dir, "list.txt")], check=True, capture_output=True, text=True).stdout
+        runs.append({line.split()[0]: float(line.split()[1]) for line in out.splitlines() if line.strip()})
+    peer_real = statistics.median(r["reals"] for r in runs)
+    peer_int = statistics.median(r["integers"] for r in runs)
+print()
+print(f"{'WRITE (u, *), 10 a statement':34} {'ours ns':>8} {'gfortran ns':>12} {'speed-up':>9}")
+print(f"{'2,000,000 REAL(8) values':34} {ours_real:8.1f} {peer_real:12.1f} {peer_real / ours_real:9.2f}")
+print(f"{'5,000,000 INTEGER(4) values':34} {ours_int:8.1f} {peer_int:12.1f} {peer_int / ours_int:9.2f}")
 
 size = os.path.getsize(input_path)
 def timed(command, **kw):
@@ -74,4 +95,4 @@ print(f"{f'file of {size / 1e6:.0f} MB':34} {'MB/s':>14}")
 for label, value in rows:
     print(f"{label:34} {value:14,.0f}")
 PY
-rm -rf "$records" "$files" "$peer_dir" "$conversions"
+rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists"

@@ -87,13 +87,39 @@ void Place(LocalContext* context, const char* text, int32_t length) {
     if (Write(context, text, length)) context->ld_last_was_char = 0;
 }
 
-// Decimal digits of v into the end of a buffer; the result points at the first byte.
+constexpr char kDigitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+// Decimal digits of v into the end of a buffer, two at a time; the result points at the
+// first byte.
 char* Digits(uint64_t v, char* end) {
-    do {
-        *--end = static_cast<char>('0' + v % 10);
-        v /= 10;
-    } while (v != 0);
+    while (v >= 100) {
+        unsigned pair = static_cast<unsigned>(v % 100) * 2;
+        v /= 100;
+        *--end = kDigitPairs[pair + 1];
+        *--end = kDigitPairs[pair];
+    }
+    if (v >= 10) {
+        unsigned pair = static_cast<unsigned>(v) * 2;
+        *--end = kDigitPairs[pair + 1];
+        *--end = kDigitPairs[pair];
+    } else {
+        *--end = static_cast<char>('0' + v);
+    }
     return end;
+}
+
+// The separator and the value in one write, when the plain separator is due and both fit
+// this record: the same text as the separator step followed by Place. `text` has a byte
+// of room in front. false when the general path must run.
+bool PlaceWithSeparator(LocalContext* context, char* text, int32_t length) {
+    if (context->ld_first_item || context->ld_skip_separator || context->ldSeparator != ' ') return false;
+    if (length + 1 > context->recordMax - context->column || length >= context->recordMax) return false;
+    text[-1] = ' ';
+    if (Write(context, text - 1, length + 1)) context->ld_last_was_char = 0;
+    return true;
 }
 
 int64_t IntegerOfKind(const void* value, int32_t kind) {
@@ -116,7 +142,10 @@ void PlaceInteger(LocalContext* context, int64_t value) {
     char* start = Digits(magnitude, end);
     if (value < 0) *--start = '-';
     else if (context->modeSign == VRN_KEY_PLUS) *--start = '+';
-    Place(context, start, static_cast<int32_t>(end - start));
+    int32_t length = static_cast<int32_t>(end - start);
+    if (PlaceWithSeparator(context, start, length)) return;
+    SeparatorStep(context);
+    if (!context->itemsStopped) Place(context, start, length);
 }
 
 // The spelling of NaN and infinity: OLD upper case, 2003STD mixed case.
@@ -341,15 +370,11 @@ int32_t BeginIOWriteLd(LocalContext* context, void*) {
 }
 
 VRN_EXPORT int32_t _vrnWriteLDInt(LocalContext* context, const void* value, int32_t, const int32_t* kind) {
-    if (context->itemsStopped) return context->status;
-    SeparatorStep(context);
     if (!context->itemsStopped) PlaceInteger(context, IntegerOfKind(value, *kind));
     return context->status;
 }
 
 VRN_EXPORT int32_t _vrnWriteLDByte(LocalContext* context, const void* value) {
-    if (context->itemsStopped) return context->status;
-    SeparatorStep(context);
     if (!context->itemsStopped) PlaceInteger(context, *static_cast<const int8_t*>(value));
     return context->status;
 }
@@ -372,10 +397,12 @@ VRN_EXPORT int32_t _vrnWriteLDLog(LocalContext* context, const void* value, int3
 
 VRN_EXPORT int32_t _vrnWriteLDReal(LocalContext* context, const void* value, int32_t, const int32_t* kind) {
     if (context->itemsStopped) return context->status;
+    char buffer[kScratchSize];
+    char* text = buffer + 1;  // room for the separator in front
+    int32_t length = RealText(context, value, *kind, text);
+    if (PlaceWithSeparator(context, text, length)) return context->status;
     SeparatorStep(context);
-    if (context->itemsStopped) return context->status;
-    char text[kScratchSize];
-    Place(context, text, RealText(context, value, *kind, text));
+    if (!context->itemsStopped) Place(context, text, length);
     return context->status;
 }
 
