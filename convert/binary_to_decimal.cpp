@@ -76,10 +76,17 @@ WholeAndFraction SplitWhole(DoubleDouble x) {
     return {Normalize(x.hi, low), x.lo - low};
 }
 
-bool RoundsUp(Rounding rounding, double fraction, bool negative, bool odd) {
+// Whether a whole double-double is odd. A part of 2^53 or more is a multiple of 2.
+bool IsOdd(DoubleDouble whole) {
+    double last = whole.lo != 0 ? whole.lo : whole.hi;
+    if (std::fabs(last) >= kTwo52 * 2) return false;
+    return (static_cast<int64_t>(last) & 1) != 0;
+}
+
+bool RoundsUp(Rounding rounding, double fraction, bool negative, DoubleDouble whole) {
     if (fraction == 0) return false;
     switch (rounding) {
-    case Rounding::Nearest: return fraction > 0.5 || (fraction == 0.5 && odd);
+    case Rounding::Nearest: return fraction > 0.5 || (fraction == 0.5 && IsOdd(whole));
     case Rounding::Zero: return false;
     case Rounding::Up: return !negative;  // the magnitude grows toward +infinity
     case Rounding::Down: return negative;
@@ -87,13 +94,29 @@ bool RoundsUp(Rounding rounding, double fraction, bool negative, bool odd) {
     }
 }
 
-bool IsOdd(DoubleDouble whole) {
-    double last = whole.lo != 0 ? whole.lo : whole.hi;
-    return std::fmod(last, 2.0) != 0;
-}
-
 // x >= y for non-negative normalized double-doubles.
 bool NotLess(DoubleDouble x, DoubleDouble y) { return x.hi > y.hi || (x.hi == y.hi && x.lo >= y.lo); }
+
+constexpr char kDigitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+// Writes the low digits of v from `last` back to `first`, two at a time; the rest of
+// v is returned.
+uint64_t WriteDigits(uint64_t v, char*& last, char* first, int count) {
+    for (; count >= 2 && last - 1 >= first; count -= 2) {
+        unsigned pair = static_cast<unsigned>(v % 100) * 2;
+        v /= 100;
+        *last-- = kDigitPairs[pair + 1];
+        *last-- = kDigitPairs[pair];
+    }
+    for (; count > 0 && last >= first; --count) {
+        *last-- = static_cast<char>('0' + v % 10);
+        v /= 10;
+    }
+    return v;
+}
 
 // The digits of a whole double-double below 10^31, from `last` back to `first`.
 void cvtloop(double high, double low, char* last, char* first) {
@@ -116,17 +139,10 @@ void cvtloop(double high, double low, char* last, char* first) {
             q += 1;
         }
         upper = static_cast<uint64_t>(q);
-        lower = static_cast<uint64_t>(r);
-        for (int i = 0; i < 15 && last >= first; ++i) {
-            *last-- = static_cast<char>('0' + lower % 10);
-            lower /= 10;
-        }
+        WriteDigits(static_cast<uint64_t>(r), last, first, 15);
         lower = upper;
     }
-    while (last >= first) {
-        *last-- = static_cast<char>('0' + lower % 10);
-        lower /= 10;
-    }
+    WriteDigits(lower, last, first, static_cast<int>(last - first + 1));
 }
 
 int Invalid(char* buffer, int* decimalPoint, int* sign) {
@@ -197,7 +213,7 @@ int ConvertMagnitude(DoubleDouble magnitude, bool pair, bool negative, int digit
         }
         WholeAndFraction split = SplitWhole(scaled);
         whole = split.whole;
-        if (RoundsUp(rounding, split.fraction, negative, IsOdd(whole))) whole = AddDouble(whole, 1.0);
+        if (RoundsUp(rounding, split.fraction, negative, whole)) whole = AddDouble(whole, 1.0);
         if (count < kMaxPairDigits + 1 && NotLess(whole, kPowersOfTen[count])) {
             ++exponent;  // the estimate was low, or the rounding carried
             continue;
