@@ -95,6 +95,17 @@ constexpr char kDigitPairs[] =
 // Decimal digits of v into the end of a buffer, two at a time; the result points at the
 // first byte.
 char* Digits(uint64_t v, char* end) {
+    // Most values fit 32 bits, whose division is cheaper.
+    if (v <= 0xFFFFFFFFu) {
+        uint32_t small = static_cast<uint32_t>(v);
+        while (small >= 100) {
+            unsigned pair = (small % 100) * 2;
+            small /= 100;
+            *--end = kDigitPairs[pair + 1];
+            *--end = kDigitPairs[pair];
+        }
+        v = small;
+    }
     while (v >= 100) {
         unsigned pair = static_cast<unsigned>(v % 100) * 2;
         v /= 100;
