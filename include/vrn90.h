@@ -143,6 +143,129 @@ int32_t _vrnWriteLDReal(LocalContext* context, const void* value, int32_t ignore
 int32_t _vrnWriteLDCmplx(LocalContext* context, const void* value, const int32_t* totalLength, const int32_t* partKind);
 int32_t _vrnWriteLDChar(LocalContext* context, const char* text, const int32_t* length);
 
+/* ---- Run-time descriptors ---------------------------------------------------------
+ * The RTD tells the library where a data object lies, its type and shape. Words are
+ * 32-bit in the target's byte order; on a 64-bit host the address words are 64-bit and
+ * header.version has bit 7 set. There is no padding anywhere in the record, so fields
+ * behind the dimension table may not be aligned on a host: read them with memcpy. */
+
+#define RTD_SCALAR      1
+#define RTD_SCALAR_CHAR 2
+#define RTD_ARRAY       3
+
+#define RTD_TYPE_DERIVED   1
+#define RTD_TYPE_CHARACTER 2
+#define RTD_TYPE_INTEGER   13
+#define RTD_TYPE_REAL      14
+#define RTD_TYPE_COMPLEX   15
+#define RTD_TYPE_LOGICAL   16
+#define RTD_TYPE_BYTE      18
+
+#define RTD_FLAG_IS_ALLOCATED     0x80
+#define RTD_FLAG_IS_ASSOCIATED    0x40
+#define RTD_FLAG_OK_TO_DEALLOCATE 0x20
+#define RTD_FLAG_IS_CONTIGUOUS    0x10
+#define RTD_FLAG_LAST_IO_CALL     0x08
+#define RTD_FLAG_IS_PADDED        0x04
+#define RTD_FLAG_IS_AUTODBL       0x02
+
+#define RTD_VERSION_64BIT 0x80
+#define RTD_MAX_RANK 20
+
+#define RTD_HAS_VFT_TPT_TPV 0x80000000u
+#define RTD_HAS_UNKNOWN_TPT 0x40000000u
+#define RTD_HAS_LEN_PARM    0x20000000u
+#define RTD_PASS_DSCR_ARG   0x10000000u
+
+typedef struct RTDHeader {
+    uint8_t dscr_type;
+    uint8_t data_type;
+    uint8_t flags;
+    uint8_t version;
+} RTDHeader;
+
+/* The common head. element_len exists in an array, in version 2 and above, and for
+ * character data; a scalar of version 0 or 1 of another type ends before it. */
+typedef struct RTD {
+    uintptr_t base_ptr;
+    RTDHeader header;
+    int32_t element_len;
+} RTD;
+
+typedef struct RTDDimension {
+    int32_t low_bound;
+    int32_t extent;
+    int32_t multiplier; /* bytes between elements along the dimension */
+} RTDDimension;
+
+/* An array: the dimension table is held in reverse, its last entry is dimension 1. */
+typedef struct RTDArray {
+    uintptr_t base_ptr;
+    RTDHeader header;
+    int32_t element_len;
+    int32_t rank;
+    int32_t rel_virtual_org;
+    RTDDimension dims[];
+} RTDArray;
+
+/* Behind the dimension table of an array, behind element_len of a scalar, version 2 on. */
+typedef struct RTDV2Fields {
+    uint32_t flagsA;
+    uint32_t reserved;
+    uintptr_t reserved_ptr;
+    uintptr_t chain_ptr;
+    uintptr_t vft_ptr; /* these three only with RTD_HAS_VFT_TPT_TPV */
+    uintptr_t tpt_ptr;
+    uintptr_t tpv_ptr;
+} RTDV2Fields;
+
+typedef struct RTDVft {
+    uintptr_t base_ptr;
+    uintptr_t typeinfo;
+} RTDVft;
+
+typedef struct RTDTypeParams {
+    int64_t count;
+    int64_t typeparams[];
+} RTDTypeParams;
+
+typedef struct RTDTypeinfo {
+    uintptr_t name;
+    uintptr_t mangled_name;
+    uintptr_t parent;
+    uintptr_t dt_descriptor;
+    uintptr_t dt_param_descriptor;
+    uintptr_t template_typeinfo;
+    uint32_t flags; /* bit 0 has_parent, bit 1 has_final, bit 2 contains_final */
+    int32_t final_proc_index;
+    int32_t copy_proc_index;
+    int32_t init_proc_index;
+    int32_t expr_update_proc_index;
+} RTDTypeinfo;
+
+/* Accessors: one field each; a descriptor that lacks the field fails an assertion. */
+int32_t __vrnrtdgetversion(const void* rtd);
+int32_t __vrnrtdgetflags(const void* rtd);
+int32_t __vrnrtdgetdscr_type(const void* rtd);
+int32_t __vrnrtdgetdata_type(const void* rtd);
+int32_t __vrnrtdgetelement_len(const void* rtd);
+uint32_t __vrnrtdgetflagsa(const void* rtd);
+uint32_t __vrnrtdgetreserved(const void* rtd);
+uintptr_t __vrnrtdgetreserved_ptr(const void* rtd);
+uintptr_t __vrnrtdgetchain_ptr(const void* rtd);
+uintptr_t __vrnrtdgetvft_ptr(const void* rtd);
+uintptr_t __vrnrtdgettpt_ptr(const void* rtd);
+uintptr_t __vrnrtdgettpv_ptr(const void* rtd);
+int32_t __vrnrtdgetrank(const void* rtd);
+int32_t __vrnrtdgetrvo(const void* rtd);
+/* dim counts the entries of the table from 1: dim = rank is Fortran dimension 1. */
+int32_t __vrnrtdgetlow_bound(const void* rtd, int32_t dim);
+int32_t __vrnrtdgetextent(const void* rtd, int32_t dim);
+int32_t __vrnrtdgetmultiplier(const void* rtd, int32_t dim);
+
+/* Writes a descriptor to standard error, labelled with an identifying number. */
+void _vrndmprtd(const void* rtd, int32_t id);
+
 /* ---- Run-time options ---- */
 
 /* The value of one option by its keyword number: 54 (YES) or 28 (NO) for the yes/no
@@ -220,6 +343,10 @@ void _vrabort(void) __attribute__((noreturn));
 VRN_STATIC_ASSERT(sizeof(KeywordEntry) == 12 && offsetof(KeywordEntry, b) == 8, "KeywordEntry is three words");
 VRN_STATIC_ASSERT(sizeof(KeywordList) == 8 && offsetof(KeywordList, entries) == 8, "KeywordList header is two words");
 VRN_STATIC_ASSERT(sizeof(InternalFile) == 12, "an internal file description is three words");
+VRN_STATIC_ASSERT(sizeof(RTD) == 12 && offsetof(RTD, element_len) == 8, "the RTD head is three words");
+VRN_STATIC_ASSERT(offsetof(RTDArray, dims) == 20 && sizeof(RTDDimension) == 12, "an array RTD's table is at word 5");
+VRN_STATIC_ASSERT(sizeof(RTDV2Fields) == 28, "the V2 fields are seven words");
+VRN_STATIC_ASSERT(sizeof(RTDTypeinfo) == 44, "a typeinfo is eleven words");
 #endif
 
 #endif
