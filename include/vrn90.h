@@ -266,6 +266,55 @@ int32_t __vrnrtdgetmultiplier(const void* rtd, int32_t dim);
 /* Writes a descriptor to standard error, labelled with an identifying number. */
 void _vrndmprtd(const void* rtd, int32_t id);
 
+/* ---- Array intrinsics ---------------------------------------------------------------
+ * A result travels in a ResultRecord: the result's data address, then its RTD, with room
+ * for the largest rank. With is_allocated clear the intrinsic builds the RTD and
+ * allocates the data; with it set the caller's storage, shape and strides are used. */
+typedef struct ResultRecord {
+    uintptr_t base_ptr;
+    /* The result's RTD, laid out as an RTDArray of up to RTD_MAX_RANK dimensions. */
+    uintptr_t rtd_base_ptr;
+    RTDHeader header;
+    int32_t element_len;
+    int32_t rank;
+    int32_t rel_virtual_org;
+    RTDDimension dims[RTD_MAX_RANK];
+} ResultRecord;
+
+/* Sizing: fill the result RTD as the intrinsic would and return its size in bytes. */
+int32_t _vralsz(void* result, const void* source, int32_t dim, int32_t hasDim);
+int32_t _vransz(void* result, const void* source, int32_t dim, int32_t hasDim);
+int32_t _vrcnsz(void* result, const void* source, int32_t dim, int32_t hasDim);
+int32_t _vrsmszg(void* result, const void* source, int32_t dim, const void* mask, int32_t hasDim);
+int32_t _vrprszg(void* result, const void* source, int32_t dim, const void* mask, int32_t hasDim);
+int32_t _vrmxszg(void* result, const void* source, int32_t dim, const void* mask, int32_t hasDim);
+int32_t _vrmnszg(void* result, const void* source, int32_t dim, const void* mask, int32_t hasDim);
+
+/* Array fill: every element that extents and strides (20 entries each, strides in
+ * elements, a zero stride runs once) reach is set to *value. */
+void _vriai1(void* base, const void* value, const int32_t* extents, const int32_t* strides);
+void _vriai2(void* base, const void* value, const int32_t* extents, const int32_t* strides);
+void _vriai4(void* base, const void* value, const int32_t* extents, const int32_t* strides);
+void _vriai8(void* base, const void* value, const int32_t* extents, const int32_t* strides);
+void _vriar4(void* base, const void* value, const int32_t* extents, const int32_t* strides);
+void _vriar8(void* base, const void* value, const int32_t* extents, const int32_t* strides);
+void _vriar16(void* base, const void* value, const int32_t* extents, const int32_t* strides);
+void _vriax8(void* base, const void* value, const int32_t* extents, const int32_t* strides);
+void _vriax16(void* base, const void* value, const int32_t* extents, const int32_t* strides);
+void _vriax32(void* base, const void* value, const int32_t* extents, const int32_t* strides);
+/* Character: the value is truncated or padded with blanks to the target length. */
+void _vriac(void* base, const void* value, const int32_t* extents, const int32_t* strides, int32_t valueLength,
+            int32_t targetLength);
+
+/* The address of every element of an array, in array element order. */
+void _vrgetelemaddr(const ResultRecord* record, uintptr_t* table);
+
+/* Hooks for argument errors: they do nothing, and stay so that a debugger can stop there. */
+void _vrmerr1(const void* a);
+void _vrmerr2(const void* a, const void* b);
+void _vrmerr3(const void* a, const void* b, const void* c);
+void _vrmerr4(const void* a, const void* b, const void* c, const void* d);
+
 /* ---- Run-time options ---- */
 
 /* The value of one option by its keyword number: 54 (YES) or 28 (NO) for the yes/no
@@ -347,6 +396,7 @@ VRN_STATIC_ASSERT(sizeof(RTD) == 12 && offsetof(RTD, element_len) == 8, "the RTD
 VRN_STATIC_ASSERT(offsetof(RTDArray, dims) == 20 && sizeof(RTDDimension) == 12, "an array RTD's table is at word 5");
 VRN_STATIC_ASSERT(sizeof(RTDV2Fields) == 28, "the V2 fields are seven words");
 VRN_STATIC_ASSERT(sizeof(RTDTypeinfo) == 44, "a typeinfo is eleven words");
+VRN_STATIC_ASSERT(offsetof(ResultRecord, rtd_base_ptr) == 4, "a result record is a base_ptr, then the RTD");
 #endif
 
 #endif
