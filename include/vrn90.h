@@ -309,6 +309,90 @@ void _vriac(void* base, const void* value, const int32_t* extents, const int32_t
 /* The address of every element of an array, in array element order. */
 void _vrgetelemaddr(const ResultRecord* record, uintptr_t* table);
 
+/* Reductions. SUM, PRODUCT, MAXVAL, MINVAL: hasDim and hasMask tell by bit 0 whether DIM
+ * and MASK are present. */
+void _vrsmi1g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrsmi2g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrsmi4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrsmi8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrsmr4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrsmr8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrsmr16g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrsmx8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrsmx16g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrsmx32g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrpri1g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrpri2g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrpri4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrpri8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrprr4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrprr8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrprr16g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrprx8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrprx16g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrprx32g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxi1g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxi2g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxi4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxi8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxr4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxr8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxr16g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmni1g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmni2g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmni4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmni8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmnr4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmnr8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmnr16g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+/* ALL, ANY (digit: LOGICAL kind) and COUNT (digit: INTEGER kind of the result). */
+void _vrall1(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+void _vrall2(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+void _vrall4(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+void _vrall8(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+void _vranl1(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+void _vranl2(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+void _vranl4(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+void _vranl8(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+void _vrcni1(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+void _vrcni2(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+void _vrcni4(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+void _vrcni8(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
+
 /* Hooks for argument errors: they do nothing, and stay so that a debugger can stop there. */
 void _vrmerr1(const void* a);
 void _vrmerr2(const void* a, const void* b);
