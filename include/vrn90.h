@@ -379,6 +379,10 @@ void _vrmnr8g(ResultRecord* result, const void* source, int32_t dim, const void*
     const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
 void _vrmnr16g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
     const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxcg(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmncg(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
 /* ALL, ANY (digit: LOGICAL kind) and COUNT (digit: INTEGER kind of the result). */
 void _vrall1(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
 void _vrall2(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <limits>
 #include <type_traits>
+#include <vector>
 
 #include "convert/double_double.h"
 #include "core/export.h"
@@ -57,8 +58,10 @@ void LoopOrder(const Operand& source, int32_t (&order)[kMaxRank]) {
     for (int32_t i = 0; i < rank; ++i) order[i] = firstEntryInner ? rank - 1 - i : i;
 }
 
-// Tables for the nest in loop order, padded with extent 1; zero strides become 1.
+// Tables for the nest in loop order, padded with extent 1. In the general path (rank 3
+// and above) zero source strides become 1, as the strides are loop increments there.
 struct Loops {
+    int32_t rank;
     int32_t extent[kMaxRank];
     int32_t source[kMaxRank];
     int32_t mask[kMaxRank];
@@ -68,6 +71,7 @@ struct Loops {
 Loops MakeLoops(const Operand& source, const Operand* mask, const int32_t (&order)[kMaxRank],
                 const int32_t* resultStrideByDimension) {
     Loops loops;
+    loops.rank = source.rank;
     for (int32_t i = 0; i < kMaxRank; ++i) {
         loops.extent[i] = 1;
         loops.source[i] = loops.mask[i] = 1;
@@ -76,7 +80,7 @@ Loops MakeLoops(const Operand& source, const Operand* mask, const int32_t (&orde
     for (int32_t i = 0; i < source.rank; ++i) {
         int32_t d = order[i];
         loops.extent[i] = source.extent[d];
-        loops.source[i] = source.stride[d] != 0 ? source.stride[d] : 1;
+        loops.source[i] = source.stride[d] != 0 || source.rank < 3 ? source.stride[d] : 1;
         if (mask != nullptr) loops.mask[i] = mask->stride[d];
         if (resultStrideByDimension != nullptr) loops.result[i] = resultStrideByDimension[d];
     }
@@ -88,6 +92,16 @@ template <typename Visit>
 void Walk(const Loops& loops, Visit visit) {
     for (int32_t e : loops.extent) {
         if (e <= 0) return;
+    }
+    if (loops.rank <= 2) {
+        // Ranks 1 and 2 are most calls: two plain loops, not the nest.
+        for (int64_t j = 0; j < loops.extent[1]; ++j) {
+            int64_t s = j * loops.source[1], m = j * loops.mask[1], r = j * loops.result[1];
+            for (int64_t i = 0; i < loops.extent[0]; ++i) {
+                visit(s + i * loops.source[0], m + i * loops.mask[0], r + i * loops.result[0]);
+            }
+        }
+        return;
     }
     int32_t index[kMaxRank] = {};
     int64_t s = 0, m = 0, r = 0;
@@ -390,6 +404,109 @@ void MaskedReduction(ResultRecord* record, const void* sourceData, int32_t dim, 
     });
 }
 
+// ---- Character MAXVAL and MINVAL ----
+
+// Blank-extended comparison of two strings, bytes unsigned: below 0, 0 or above 0.
+int CompareBlankPadded(const unsigned char* a, int32_t aLength, const unsigned char* b, int32_t bLength) {
+    int32_t common = aLength < bLength ? aLength : bLength;
+    int order = std::memcmp(a, b, static_cast<size_t>(common));
+    if (order != 0) return order;
+    for (int32_t i = common; i < aLength; ++i) {
+        if (a[i] != ' ') return a[i] < ' ' ? -1 : 1;
+    }
+    for (int32_t i = common; i < bLength; ++i) {
+        if (b[i] != ' ') return b[i] < ' ' ? 1 : -1;
+    }
+    return 0;
+}
+
+void CopyBlankPadded(unsigned char* to, int32_t toLength, const unsigned char* from, int32_t fromLength) {
+    int32_t n = fromLength < toLength ? fromLength : toLength;
+    std::memmove(to, from, static_cast<size_t>(n));
+    std::memset(to + n, ' ', static_cast<size_t>(toLength - n));
+}
+
+template <bool Maximum>
+void CharacterExtremum(ResultRecord* record, const void* sourceData, int32_t dim, const void* maskData,
+                       const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask) {
+    bool withDim = (hasDim & 1) != 0;
+    if (!PrepareResult(record, [&](RTDArray* rtd) { return BuildReducedResult(rtd, sourceRtd, dim, withDim); })) return;
+    Operand source = Describe(sourceData, sourceRtd);
+    if (source.rank == 0) return;
+    // The compared length is the spacing of dimension 1, not the element length: compiled
+    // code passes character sources contiguously, where the two agree.
+    int32_t spacing = std::abs(FortranDimension(sourceRtd, 1).multiplier);
+    if (sourceRtd->header.flags & RTD_FLAG_IS_PADDED) spacing >>= 1;
+    if (spacing == 0) return;
+    RTDArray* resultRtd = ResultRTD(record);
+    auto* result = reinterpret_cast<unsigned char*>(record->base_ptr);
+    const int32_t length = EffectiveLength(reinterpret_cast<const RTD*>(resultRtd));
+    const unsigned char initial = Maximum ? 0x00 : 0x7F;
+    auto better = [&](const unsigned char* x, const unsigned char* m) {
+        int order = CompareBlankPadded(x, spacing, m, length);
+        return Maximum ? order > 0 : order < 0;
+    };
+    // Byte offsets throughout: the walk's strides become the multipliers.
+    Operand bytes = source;
+    for (int32_t d = 0; d < source.rank; ++d) bytes.stride[d] = source.multiplier[d];
+    bool arrayMask = false;
+    Operand mask;
+    bool skipAll = false;
+    if (hasMask & 1) {
+        mask = Describe(maskData, maskRtd);
+        if (mask.rank == 0) {
+            skipAll = !IsTrue(mask.data, mask.length);
+        } else {
+            arrayMask = true;
+        }
+    }
+    int32_t order[kMaxRank];
+    LoopOrder(source, order);
+
+    if (!withDim || source.rank < 2) {
+        unsigned char small[256];
+        std::vector<unsigned char> large;
+        unsigned char* m = small;
+        if (length > static_cast<int32_t>(sizeof small)) {
+            large.resize(static_cast<size_t>(length));
+            m = large.data();
+        }
+        std::memset(m, initial, static_cast<size_t>(length));
+        if (!skipAll) {
+            Loops loops = MakeLoops(bytes, arrayMask ? &mask : nullptr, order, nullptr);
+            Walk(loops, [&](int64_t s, int64_t k, int64_t) {
+                if (arrayMask && !MaskTrue(mask, k)) return;
+                const unsigned char* x = source.data + s;
+                if (better(x, m)) CopyBlankPadded(m, length, x, spacing);
+            });
+        }
+        std::memcpy(result, m, static_cast<size_t>(length));
+        return;
+    }
+
+    Operand out = Describe(result, resultRtd);
+    {
+        int32_t extents[kMaxRank];
+        int32_t strides[kMaxRank];
+        for (int32_t d = 0; d < kMaxRank; ++d) {
+            extents[d] = d < out.rank ? out.extent[d] : 1;
+            strides[d] = d < out.rank ? out.stride[d] : 1;
+        }
+        WalkNest(extents, strides, [&](int64_t offset) {
+            std::memset(result + offset * length, initial, static_cast<size_t>(length));
+        });
+    }
+    if (skipAll) return;
+    int32_t resultStride[kMaxRank] = {};
+    for (int32_t d = 0, r = 0; d < source.rank; ++d) resultStride[d] = d + 1 == dim ? 0 : out.multiplier[r++];
+    Loops loops = MakeLoops(bytes, arrayMask ? &mask : nullptr, order, resultStride);
+    Walk(loops, [&](int64_t s, int64_t k, int64_t r) {
+        if (arrayMask && !MaskTrue(mask, k)) return;
+        const unsigned char* x = source.data + s;
+        if (better(x, result + r)) CopyBlankPadded(result + r, length, x, spacing);
+    });
+}
+
 // ---- The logical template ----
 
 enum class Logical { All, Any, Count };
@@ -526,6 +643,16 @@ VRN_MASKED(_vrmnr4g, RealMin<float>)
 VRN_MASKED(_vrmnr8g, RealMin<double>)
 VRN_MASKED(_vrmnr16g, PairMin)
 #undef VRN_MASKED
+
+VRN_EXPORT void _vrmxcg(ResultRecord* result, const void* source, int32_t dim, const void* mask,
+                        const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask) {
+    CharacterExtremum<true>(result, source, dim, mask, sourceRtd, maskRtd, hasDim, hasMask);
+}
+
+VRN_EXPORT void _vrmncg(ResultRecord* result, const void* source, int32_t dim, const void* mask,
+                        const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask) {
+    CharacterExtremum<false>(result, source, dim, mask, sourceRtd, maskRtd, hasDim, hasMask);
+}
 
 #define VRN_LOGICAL(name, kind, type)                                                                       \
     VRN_EXPORT void name(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, \

@@ -11,6 +11,7 @@
 #include <functional>
 #include <limits>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "tests/intrinsics/arrays.h"
@@ -47,6 +48,8 @@ Section RandomSection(const std::vector<int32_t>& extents, std::mt19937& random)
     for (size_t d : order) {
         int32_t stride = running;
         if (random() % 3 == 0) stride = -stride;
+        // A zero stride repeats one element; beyond rank 2 only where it cannot matter.
+        if (random() % 6 == 0 && (rank <= 2 || extents[d] == 1)) stride = 0;
         section.strides[d] = stride;
         running *= std::max(extents[d], 1) + static_cast<int32_t>(random() % 2);
     }
@@ -184,6 +187,16 @@ TEST(Reductions, MatchAPlainLoopOnRandomShapesAndLayouts) {
         Check<int64_t>(_vrmni8g, c,
                        {std::numeric_limits<int64_t>::max(), [](int64_t& m, int64_t x) { m = std::min(m, x); }},
                        RTD_TYPE_INTEGER, "minval i8");
+        Check<int8_t>(_vrsmi1g, c, {0, [](int8_t& m, int8_t x) { m = static_cast<int8_t>(m + x); }},
+                      RTD_TYPE_INTEGER, "sum i1");
+        Check<int8_t>(_vrmxi1g, c, {-128, [](int8_t& m, int8_t x) { m = std::max(m, x); }}, RTD_TYPE_INTEGER,
+                      "maxval i1");
+        Check<int64_t>(_vrpri8g, c,
+                       {1, [](int64_t& m, int64_t x) { m = static_cast<int64_t>(static_cast<uint64_t>(m) * static_cast<uint64_t>(x)); }},
+                       RTD_TYPE_INTEGER, "product i8");
+        Check<float>(_vrsmr4g, c, {0.0f, [](float& m, float x) { m += x; }}, RTD_TYPE_REAL, "sum r4");
+        Check<double>(_vrmxr8g, c, {-INFINITY, [](double& m, double x) { m = std::max(m, x); }}, RTD_TYPE_REAL,
+                      "maxval r8");
         Check<double>(_vrsmr8g, c, {0.0, [](double& m, double x) { m += x; }}, RTD_TYPE_REAL, "sum r8");
         Check<float>(_vrmxr4g, c, {-INFINITY, [](float& m, float x) { m = std::max(m, x); }}, RTD_TYPE_REAL,
                      "maxval r4");
@@ -373,6 +386,42 @@ TEST(Reductions, AllStopsAtTheFirstFalseElement) {
     _vranl4(&record, words, 0, source.rtd, 0);
     EXPECT_EQ(any, 1);
     munmap(pages, static_cast<size_t>(2 * page));
+}
+
+}  // namespace
+
+namespace {
+
+std::string CharacterReduction(Masked entry, const char* data, std::vector<int32_t> extents, int32_t length,
+                               int32_t dim = 0, const std::vector<int32_t>* mask = nullptr) {
+    Array source(extents, length, RTD_TYPE_CHARACTER);
+    Array maskRtd(extents, 4, RTD_TYPE_LOGICAL);
+    ResultRecord record = Unallocated();
+    entry(&record, data, dim, mask ? mask->data() : nullptr, source.rtd, maskRtd.rtd, dim != 0, mask != nullptr);
+    const RTDArray* rtd = ResultRTD(&record);
+    size_t elements = 1;
+    for (int32_t d = 1; d <= rtd->rank; ++d) elements *= static_cast<size_t>(FortranDimension(rtd, d).extent);
+    std::string text(reinterpret_cast<const char*>(record.base_ptr), elements * static_cast<size_t>(length));
+    std::free(reinterpret_cast<void*>(record.base_ptr));
+    return text;
+}
+
+TEST(Reductions, CharacterExtremaCompareWithBlankPadding) {
+    const char words[] = "pear" "plum" "fig " "kiwi";
+    EXPECT_EQ(CharacterReduction(_vrmxcg, words, {4}, 4), "plum");
+    EXPECT_EQ(CharacterReduction(_vrmncg, words, {4}, 4), "fig ");
+    // Per column of a 2 x 2 array, and with a mask that hides "plum".
+    EXPECT_EQ(CharacterReduction(_vrmxcg, words, {2, 2}, 4, 1), "plumkiwi");
+    EXPECT_EQ(CharacterReduction(_vrmncg, words, {2, 2}, 4, 2), "fig kiwi");
+    std::vector<int32_t> hidePlum = {1, 0, 1, 1};
+    EXPECT_EQ(CharacterReduction(_vrmxcg, words, {4}, 4, 0, &hidePlum), "pear");
+    // A trailing control character sorts below the blank that pads the other string.
+    const char close[] = "ab\x01" "ab ";
+    EXPECT_EQ(CharacterReduction(_vrmxcg, close, {2}, 3), "ab ");
+    // Nothing to compare: 0x00 bytes for MAXVAL, 0x7F for MINVAL.
+    std::vector<int32_t> none = {0, 0, 0, 0};
+    EXPECT_EQ(CharacterReduction(_vrmxcg, words, {4}, 4, 0, &none), std::string(4, '\0'));
+    EXPECT_EQ(CharacterReduction(_vrmncg, words, {0}, 4), std::string(4, '\x7f'));
 }
 
 }  // namespace
