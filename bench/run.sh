@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench >/dev/null
 export TMPDIR=${TMPDIR:-/tmp}
 records=$(mktemp)
 files=$(mktemp)
@@ -27,10 +27,15 @@ input="$TMPDIR/vrn_bench_input.txt"
 peer_dir=$(mktemp -d)
 peer=""
 list_peer=""
+reduction_peer=""
 if command -v gfortran >/dev/null; then
   gfortran -O2 bench/peers/records.f90 -o "$peer_dir/records" && peer="$peer_dir/records"
   gfortran -O2 bench/peers/list_write.f90 -o "$peer_dir/list_write" && list_peer="$peer_dir/list_write"
+  gfortran -O2 bench/peers/reductions.f90 -o "$peer_dir/reductions" 2>/dev/null && reduction_peer="$peer_dir/reductions"
 fi
+reductions=$(mktemp)
+build/host/bench/reduction_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$reductions" --benchmark_out_format=json >/dev/null 2>&1
 python3 - "$records" "$files" "$input" "$peer" "$peer_dir" "$conversions" "$lists" "$list_peer" <<'PY'
 import json, os, subprocess, sys, time, statistics
 records_json, files_json, input_path, peer, peer_dir, conversions_json, lists_json, list_peer = sys.argv[1:9]
@@ -95,4 +100,24 @@ print(f"{f'file of {size / 1e6:.0f} MB':34} {'MB/s':>14}")
 for label, value in rows:
     print(f"{label:34} {value:14,.0f}")
 PY
-rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists"
+
+# Reductions: GB/s beside a plain loop over the same memory and gfortran's intrinsics.
+python3 - "$reductions" "$reduction_peer" <<'PY'
+import json, subprocess, sys
+reductions_json, peer = sys.argv[1:3]
+runs = {b["run_name"]: b for b in json.load(open(reductions_json))["benchmarks"] if b.get("aggregate_name") == "median"}
+gbs = lambda name: runs[name]["bytes_per_second"] / 1e9
+theirs = {}
+if peer:
+    theirs = {line.split()[0]: float(line.split()[1]) for line in subprocess.run([peer], check=True, capture_output=True, text=True).stdout.splitlines() if line.strip()}
+print()
+print(f"{'reduction, GB/s':34} {'ours':>8} {'plain loop':>11} {'gfortran':>9} {'loop/ours':>10} {'ours/gfortran':>14}")
+for label, ours, loop, peer_name in [("SUM, 50M REAL(8)", "SumReal8", "PlainSumReal8", "sum_real8"),
+                                     ("MAXVAL, 50M REAL(8)", "MaxvalReal8", "PlainMaxReal8", "maxval_real8"),
+                                     ("SUM, 50M INTEGER(4)", "SumInteger4", "PlainSumInteger4", "sum_integer4"),
+                                     ("SUM(A, DIM=1), 5000 x 5000 REAL(8)", "SumAlong/1", "PlainSumAlong/1", "sum_dim1"),
+                                     ("SUM(A, DIM=2), 5000 x 5000 REAL(8)", "SumAlong/2", "PlainSumAlong/2", "sum_dim2")]:
+    g = theirs.get(peer_name, float("nan"))
+    print(f"{label:34} {gbs(ours):8.2f} {gbs(loop):11.2f} {g:9.2f} {gbs(loop) / gbs(ours):10.2f} {gbs(ours) / g:14.2f}")
+PY
+rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions"

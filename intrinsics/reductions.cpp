@@ -368,7 +368,13 @@ void MaskedReduction(ResultRecord* record, const void* sourceData, int32_t dim, 
         } else if (source.rank <= 1) {
             const int64_t n = source.rank == 0 ? 1 : source.extent[0];
             const int64_t stride = source.rank == 0 ? 0 : source.stride[0];
-            for (int64_t i = 0; i < n; ++i) Fold::Register(m, Load<T>(source.data, i * stride));
+            if (stride == 1) {
+                // Contiguous: a loop the compiler may vectorize where the fold is associative
+                // (integers); real folds keep their order.
+                for (int64_t i = 0; i < n; ++i) Fold::Register(m, Load<T>(source.data, i));
+            } else {
+                for (int64_t i = 0; i < n; ++i) Fold::Register(m, Load<T>(source.data, i * stride));
+            }
         } else {
             Walk(loops, [&](int64_t s, int64_t, int64_t) { Fold::Register(m, Load<T>(source.data, s)); });
         }
