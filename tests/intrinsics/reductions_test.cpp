@@ -102,6 +102,23 @@ struct Case {
     int mode = 0;                  // 0 no mask, 1 array mask, 2 scalar true, 3 scalar false
 };
 
+// REAL(16) and complex elements made from the integer values of a case: their sums are
+// exact, so the order of the walk does not matter.
+struct Wide {
+    double hi = 0, lo = 0;
+    Wide() = default;
+    Wide(int32_t v) : hi(v) {}
+    bool operator==(const Wide& other) const { return hi == other.hi && lo == other.lo; }
+};
+
+template <typename R>
+struct Cx {
+    R re = 0, im = 0;
+    Cx() = default;
+    Cx(int32_t v) : re(static_cast<R>(v)), im(static_cast<R>(v % 7)) {}
+    bool operator==(const Cx& other) const { return re == other.re && im == other.im; }
+};
+
 template <typename T>
 struct Reference {
     T initial;
@@ -161,6 +178,35 @@ void Check(Masked entry, const Case& c, const Reference<T>& reference, uint8_t t
     std::free(reinterpret_cast<void*>(record.base_ptr));
 }
 
+// Integers of 1, 2, 4 or 8 bytes in the machine's own order.
+void StoreInteger(unsigned char* to, int32_t kind, uint64_t value) {
+    uint8_t v1 = static_cast<uint8_t>(value);
+    uint16_t v2 = static_cast<uint16_t>(value);
+    uint32_t v4 = static_cast<uint32_t>(value);
+    const void* from = kind == 1 ? static_cast<const void*>(&v1) : kind == 2 ? static_cast<const void*>(&v2)
+                       : kind == 4 ? static_cast<const void*>(&v4) : static_cast<const void*>(&value);
+    std::memcpy(to, from, static_cast<size_t>(kind));
+}
+
+int64_t LoadInteger(const unsigned char* from, int32_t kind) {
+    int8_t v1;
+    int16_t v2;
+    int32_t v4;
+    int64_t v8;
+    switch (kind) {
+        case 1: std::memcpy(&v1, from, 1); return v1;
+        case 2: std::memcpy(&v2, from, 2); return v2;
+        case 4: std::memcpy(&v4, from, 4); return v4;
+        default: std::memcpy(&v8, from, 8); return v8;
+    }
+}
+
+int64_t Wrap(int64_t value, int32_t kind) {
+    unsigned char bytes[8];
+    StoreInteger(bytes, kind, static_cast<uint64_t>(value));
+    return LoadInteger(bytes, kind);
+}
+
 TEST(Reductions, MatchAPlainLoopOnRandomShapesAndLayouts) {
     std::mt19937 random(2026);
     const size_t ranks[] = {1, 2, 3, 4, 7, 20};
@@ -197,29 +243,40 @@ TEST(Reductions, MatchAPlainLoopOnRandomShapesAndLayouts) {
         Check<float>(_vrsmr4g, c, {0.0f, [](float& m, float x) { m += x; }}, RTD_TYPE_REAL, "sum r4");
         Check<double>(_vrmxr8g, c, {-INFINITY, [](double& m, double x) { m = std::max(m, x); }}, RTD_TYPE_REAL,
                       "maxval r8");
+        Check<Wide>(_vrsmr16g, c, {Wide(0), [](Wide& m, Wide x) { m.hi += x.hi; }}, RTD_TYPE_REAL, "sum r16");
+        Check<Wide>(_vrmxr16g, c, {[] { Wide w; w.hi = -INFINITY; return w; }(), [](Wide& m, Wide x) { if (m.hi < x.hi) m = x; }}, RTD_TYPE_REAL,
+                    "maxval r16");
+        Check<Cx<float>>(_vrsmx8g, c, {Cx<float>(0), [](Cx<float>& m, Cx<float> x) { m.re += x.re; m.im += x.im; }},
+                         RTD_TYPE_COMPLEX, "sum x8");
+        Check<Cx<Wide>>(_vrsmx32g, c,
+                        {Cx<Wide>(0), [](Cx<Wide>& m, Cx<Wide> x) { m.re.hi += x.re.hi; m.im.hi += x.im.hi; }},
+                        RTD_TYPE_COMPLEX, "sum x32");
         Check<double>(_vrsmr8g, c, {0.0, [](double& m, double x) { m += x; }}, RTD_TYPE_REAL, "sum r8");
         Check<float>(_vrmxr4g, c, {-INFINITY, [](float& m, float x) { m = std::max(m, x); }}, RTD_TYPE_REAL,
                      "maxval r4");
         Check<double>(_vrmnr8g, c, {INFINITY, [](double& m, double x) { m = std::min(m, x); }}, RTD_TYPE_REAL,
                       "minval r8");
 
-        // The logical template on the same mask buffer as its source.
-        for (LogicalEntry entry : {_vrall1, _vranl1, _vrcni4}) {
-            Array source(extents, 1, RTD_TYPE_LOGICAL, c.mask.strides);
-            ResultRecord record = Unallocated(4);
-            entry(&record, c.truths.data() + c.mask.first, c.dim, source.rtd, c.dim != 0);
+        // The logical template on the mask's truths at every kind, with the bits above
+        // bit 0 set so that only bit 0 can decide.
+        struct Family {
+            int32_t kind;
+            LogicalEntry all, any, count;
+        };
+        for (Family family : {Family{1, _vrall1, _vranl1, _vrcni1}, Family{2, _vrall2, _vranl2, _vrcni2},
+                              Family{4, _vrall4, _vranl4, _vrcni4}, Family{8, _vrall8, _vranl8, _vrcni8}}) {
+            std::vector<unsigned char> logicals(c.truths.size() * static_cast<size_t>(family.kind));
+            for (size_t e = 0; e < c.truths.size(); ++e) {
+                uint64_t word = 0xFEFEFEFEFEFEFE00u | (c.truths[e] & 1);
+                StoreInteger(logicals.data() + e * static_cast<size_t>(family.kind), family.kind, word);
+            }
+            Array source(extents, family.kind, RTD_TYPE_LOGICAL, c.mask.strides);
             bool reduced = c.dim != 0 && rank >= 2;
-            std::vector<int32_t> counts, totals;
-            std::vector<int32_t> outer;
-            for (size_t d = 0; d < rank; ++d) {
-                if (static_cast<int32_t>(d) + 1 != c.dim) outer.push_back(extents[d]);
-            }
             size_t outerSize = 1;
-            if (reduced) {
-                for (int32_t e : outer) outerSize *= static_cast<size_t>(std::max(e, 0));
+            for (size_t d = 0; reduced && d < rank; ++d) {
+                if (static_cast<int32_t>(d) + 1 != c.dim) outerSize *= static_cast<size_t>(std::max(extents[d], 0));
             }
-            counts.assign(outerSize, 0);
-            totals.assign(outerSize, 0);
+            std::vector<int64_t> counts(outerSize, 0), totals(outerSize, 0);
             ForEachIndex(extents, [&](const std::vector<int32_t>& index) {
                 size_t out = 0, scale = 1;
                 for (size_t d = 0; reduced && d < rank; ++d) {
@@ -230,19 +287,24 @@ TEST(Reductions, MatchAPlainLoopOnRandomShapesAndLayouts) {
                 counts[out] += c.truths[static_cast<size_t>(c.mask.Offset(index))] & 1;
                 totals[out] += 1;
             });
-            if (outerSize == 0) {
-                EXPECT_EQ(record.base_ptr, 0u);
-                continue;
+            for (LogicalEntry entry : {family.all, family.any, family.count}) {
+                ResultRecord record = Unallocated(family.kind);
+                entry(&record, logicals.data() + c.mask.first * family.kind, c.dim, source.rtd, c.dim != 0);
+                if (outerSize == 0) {
+                    EXPECT_EQ(record.base_ptr, 0u);
+                    continue;
+                }
+                for (size_t i = 0; i < outerSize; ++i) {
+                    int64_t want = entry == family.count ? counts[i]
+                                   : entry == family.all ? (counts[i] == totals[i] ? 1 : 0)
+                                                         : (counts[i] > 0 ? 1 : 0);
+                    int64_t got = LoadInteger(reinterpret_cast<const unsigned char*>(record.base_ptr) +
+                                                  i * static_cast<size_t>(family.kind), family.kind);
+                    ASSERT_EQ(got, Wrap(want, family.kind))
+                        << "logical kind " << family.kind << " rank " << rank << " dim " << c.dim << " element " << i;
+                }
+                std::free(reinterpret_cast<void*>(record.base_ptr));
             }
-            for (size_t i = 0; i < outerSize; ++i) {
-                int32_t want = entry == _vrcni4 ? counts[i]
-                               : entry == _vrall1 ? (counts[i] == totals[i] ? 1 : 0)
-                                                  : (counts[i] > 0 ? 1 : 0);
-                int32_t got = entry == _vrcni4 ? reinterpret_cast<const int32_t*>(record.base_ptr)[i]
-                                               : reinterpret_cast<const int8_t*>(record.base_ptr)[i];
-                ASSERT_EQ(got, want) << "logical rank " << rank << " dim " << c.dim << " element " << i;
-            }
-            std::free(reinterpret_cast<void*>(record.base_ptr));
         }
     }
 }
