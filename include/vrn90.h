@@ -265,6 +265,9 @@ int32_t __vrnrtdgetmultiplier(const void* rtd, int32_t dim);
 
 /* Writes a descriptor to standard error, labelled with an identifying number. */
 void _vrndmprtd(const void* rtd, int32_t id);
+/* The same through list-directed WRITE on unit 6, with warnings; `header` is the address of
+ * header.dscr_type of an array RTD, `data` that of its data. */
+void _vrdmprtd(const void* header, const void* data);
 
 /* ---- Array intrinsics ---------------------------------------------------------------
  * A result travels in a ResultRecord: the result's data address, then its RTD, with room

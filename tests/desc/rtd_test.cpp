@@ -175,3 +175,62 @@ TEST(RunTimeDescriptors, DumpOfAVersion2DescriptorWithItsTypeRecords) {
 
 }  // namespace
 }  // namespace vrntest
+
+namespace {
+
+std::string ListDumped(const void* header, const void* data) {
+    vrntest::CapturedRun run;
+    _vrdmprtd(header, data);
+    run.Finish();
+    return run.out();
+}
+
+std::string Number(uintptr_t address) { return std::to_string(static_cast<unsigned long long>(address)); }
+
+TEST(RunTimeDescriptors, ListDumpOfAnArrayWithItsWarnings) {
+    // A 3 x 4 section of INTEGER(4) with a multiplier of 6 in dimension 1: not a multiple
+    // of the element length, and the second multiplier is past the 4096 limit.
+    alignas(8) unsigned char storage[sizeof(RTDArray) + 2 * sizeof(RTDDimension)] = {};
+    auto* rtd = reinterpret_cast<RTDArray*>(storage);
+    int32_t data[64] = {};
+    rtd->base_ptr = reinterpret_cast<uintptr_t>(data);
+    rtd->header = RTDHeader{RTD_ARRAY, RTD_TYPE_INTEGER, RTD_FLAG_IS_ALLOCATED, 1};
+    rtd->element_len = 4;
+    rtd->rank = 2;
+    rtd->rel_virtual_org = 8;
+    rtd->dims[1] = RTDDimension{1, 3, 6};      // Fortran dimension 1
+    rtd->dims[0] = RTDDimension{0, -1, 8000};  // Fortran dimension 2
+    // Each line is one list-directed record: a blank, then the label with its own blank.
+    std::string expected = std::string(" = R T D =\n") +
+                           "  arr location =  " + Number(reinterpret_cast<uintptr_t>(data)) + "\n" +
+                           "  rtd location =  " + Number(reinterpret_cast<uintptr_t>(rtd)) + "\n" +
+                           "     desc_type =  3\n      dataType =  13\n         flags =  128\n       version =  1\n"
+                           "   element len =  4\n    array rank =  2\n    array  rvo =  8\n"
+                           " 1 :  lbound, extent, mult =  1 3 6\n"
+                           "  WARNING: multiplier is not divisible by elementLen\n"
+                           " 2 :  lbound, extent, mult =  0 -1 8000\n"
+                           "  WARNING: rvo may be invalid\n"
+                           "  WARNING:     extent( 2 ) is invalid\n"
+                           "  WARNING: multiplier( 2 ) exceeds 4096\n"
+                           " = E N D =\n";
+    EXPECT_EQ(ListDumped(&rtd->header, data), expected);
+}
+
+TEST(RunTimeDescriptors, ListDumpFlagsWhatNoOrdinaryArrayHas) {
+    alignas(8) unsigned char storage[sizeof(RTDArray) + 21 * sizeof(RTDDimension)] = {};
+    auto* rtd = reinterpret_cast<RTDArray*>(storage);
+    rtd->header = RTDHeader{RTD_SCALAR, 18, 0, 1};  // byte counts as invalid here
+    rtd->element_len = -1;
+    rtd->rank = 21;
+    rtd->rel_virtual_org = -4;
+    std::string text = ListDumped(&rtd->header, nullptr);
+    for (const char* line : {"  WARNING: desc_type is invalid\n", "  WARNING: dataType is invalid\n",
+                             "  WARNING: elementLen is negative\n", "  WARNING: rank is invalid\n",
+                             " 20 :  lbound, extent, mult =  0 0 0\n", "  WARNING: multiplier( 20 ) <= 0\n"}) {
+        EXPECT_NE(text.find(line), std::string::npos) << line << text;
+    }
+    EXPECT_EQ(text.find(" 21 :"), std::string::npos);
+    EXPECT_EQ(text.find("rvo may be invalid"), std::string::npos);
+}
+
+}  // namespace
