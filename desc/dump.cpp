@@ -225,3 +225,31 @@ VRN_EXPORT void _vrndmprtd(const void* descriptor, int32_t id) {
     }
     WriteNonstop(2, out.text.data(), static_cast<int32_t>(out.text.size()));
 }
+
+VRN_EXPORT void _vrndmprtd_cfi(const VRNCFIDescriptor* descriptor, int32_t id) {
+    Out out;
+    if (descriptor == nullptr) {
+        out.Format("[%d] Descriptor not found.\n", id);
+    } else {
+        auto address = static_cast<unsigned long>(reinterpret_cast<uintptr_t>(descriptor));
+        out.Format("[%d] ---- C Descriptor at address 0x%.*lx ----\n", id, kPointerDigits, address);
+        out.Pointer("base_addr = ", reinterpret_cast<uintptr_t>(descriptor->base_addr));
+        out.Format("elem_len = %lu\nversion = %d\nrank = %d\n", static_cast<unsigned long>(descriptor->elem_len),
+                   static_cast<int>(descriptor->version), static_cast<int>(descriptor->rank));
+        const char* attribute = descriptor->attribute == VRN_CFI_ATTRIBUTE_POINTER       ? "pointer"
+                                : descriptor->attribute == VRN_CFI_ATTRIBUTE_ALLOCATABLE ? "allocatable"
+                                : descriptor->attribute == VRN_CFI_ATTRIBUTE_OTHER       ? "other"
+                                                                                         : "unknown";
+        out.Format("attribute = %d ( %s )\ntype = %d\n", static_cast<int>(descriptor->attribute), attribute,
+                   static_cast<int>(descriptor->type));
+        // A rank out of range is shown, but only the dimensions the record can hold print.
+        int rank = descriptor->rank < 0 ? 0 : descriptor->rank > VRN_CFI_MAX_RANK ? VRN_CFI_MAX_RANK : descriptor->rank;
+        for (int d = 0; d < rank; ++d) {
+            const VRNCFIDimension& dimension = descriptor->dim[d];
+            out.Format("  Dimension %d:  lower_bound=%ld  extent=%ld  sm=%ld\n", d, static_cast<long>(dimension.lower_bound),
+                       static_cast<long>(dimension.extent), static_cast<long>(dimension.sm));
+        }
+        out.Format("[%d] -- End C Descriptor at address 0x%.*lx --\n", id, kPointerDigits, address);
+    }
+    WriteNonstop(2, out.text.data(), static_cast<int32_t>(out.text.size()));
+}

@@ -265,6 +265,32 @@ int32_t __vrnrtdgetmultiplier(const void* rtd, int32_t dim);
 
 /* Writes a descriptor to standard error, labelled with an identifying number. */
 void _vrndmprtd(const void* rtd, int32_t id);
+
+/* The descriptor of C interoperability that C code sees for an assumed-shape or
+ * assumed-rank dummy argument. */
+#define VRN_CFI_MAX_RANK 15
+#define VRN_CFI_ATTRIBUTE_POINTER     1
+#define VRN_CFI_ATTRIBUTE_ALLOCATABLE 2
+#define VRN_CFI_ATTRIBUTE_OTHER       3
+
+typedef struct VRNCFIDimension {
+    intptr_t lower_bound;
+    intptr_t extent;
+    intptr_t sm; /* bytes between elements along the dimension */
+} VRNCFIDimension;
+
+typedef struct VRNCFIDescriptor {
+    void* base_addr;
+    size_t elem_len;
+    int32_t version;
+    int8_t rank;
+    int8_t attribute;
+    int16_t type;
+    VRNCFIDimension dim[];
+} VRNCFIDescriptor;
+
+/* Writes a C descriptor to standard error in the manner of _vrndmprtd. */
+void _vrndmprtd_cfi(const VRNCFIDescriptor* descriptor, int32_t id);
 /* The same through list-directed WRITE on unit 6, with warnings; `header` is the address of
  * header.dscr_type of an array RTD, `data` that of its data. */
 void _vrdmprtd(const void* header, const void* data);
