@@ -318,6 +318,23 @@ int32_t _vrsmszg(void* result, const void* source, int32_t dim, const void* mask
 int32_t _vrprszg(void* result, const void* source, int32_t dim, const void* mask, int32_t hasDim);
 int32_t _vrmxszg(void* result, const void* source, int32_t dim, const void* mask, int32_t hasDim);
 int32_t _vrmnszg(void* result, const void* source, int32_t dim, const void* mask, int32_t hasDim);
+int32_t _vrhaszg(void* result, const void* source, int32_t dim, const void* mask, int32_t flag);
+int32_t _vrhzszg(void* result, const void* source, int32_t dim, const void* mask, int32_t flag);
+int32_t _vrlaszg(void* result, const void* source);
+int32_t _vrlzszg(void* result, const void* source);
+int32_t _vrcssz(void* result, const void* source);
+int32_t _vressz(void* result, const void* source);
+int32_t _vrspsz(void* result, const void* source, int32_t dim, int32_t ncopies);
+int32_t _vrmrsz(void* result, const void* tsource, const void* fsource, const void* mask);
+int32_t _vrupsz(void* result, const void* vector, const void* mask);
+int32_t _vrpkszg(void* result, const void* array, const void* maskData, const void* vector, int32_t vectorPresent);
+int32_t _vrtssz(void* result, const void* source);
+int32_t _vrtfsz(void* result, const void* source, const void* mold, int32_t size, int32_t sizePresent);
+int32_t _vrrssz(void* result, const void* source, const void* shape, uintptr_t ignored1, uintptr_t ignored2,
+    const void* shapeData);
+int32_t _vrmmsz(void* result, const void* a, const void* b);
+/* The first word is not a descriptor: REPEAT returns length times NCOPIES. */
+int32_t _vrrptsz(uintptr_t ignored, int32_t length, int32_t ncopies);
 
 /* Array fill: every element that extents and strides (20 entries each, strides in
  * elements, a zero stride runs once) reach is set to *value. */

@@ -158,3 +158,81 @@ TEST(IntrinsicFrame, LogicalTruthIsBitZeroOfTheLeastSignificantByte) {
 }
 
 }  // namespace
+
+namespace {
+
+std::vector<int32_t> Shape(const RTDArray* rtd) {
+    std::vector<int32_t> extents;
+    for (int32_t d = 1; d <= rtd->rank; ++d) extents.push_back(FortranDimension(rtd, d).extent);
+    return extents;
+}
+
+TEST(IntrinsicFrame, SizingOfTheOtherTransformationals) {
+    alignas(8) unsigned char storage[sizeof(RTDArray) + kMaxRank * sizeof(RTDDimension)] = {};
+    auto* rtd = reinterpret_cast<RTDArray*>(storage);
+    Array source({4, 3, 5}, 8, RTD_TYPE_REAL);
+    using Shape3 = std::vector<int32_t>;
+
+    // MAXLOC and MINLOC: subscripts of the preset kind, one per dimension or along DIM.
+    rtd->element_len = 2;
+    EXPECT_EQ(_vrhaszg(rtd, source.rtd, 2, nullptr, 0), 3 * 2);
+    EXPECT_EQ(Shape(rtd), Shape3({3}));
+    EXPECT_EQ(rtd->header.data_type, RTD_TYPE_INTEGER);
+    EXPECT_EQ(_vrhzszg(rtd, source.rtd, 2, nullptr, 1), 4 * 5 * 2);
+    EXPECT_EQ(Shape(rtd), Shape3({4, 5}));
+    rtd->element_len = 4;
+    EXPECT_EQ(_vrlaszg(rtd, source.rtd), 12);
+    // CSHIFT keeps the shape; SPREAD adds a dimension, and negative copies make it empty.
+    EXPECT_EQ(_vrcssz(rtd, source.rtd), 4 * 3 * 5 * 8);
+    EXPECT_EQ(Shape(rtd), Shape3({4, 3, 5}));
+    EXPECT_EQ(_vrspsz(rtd, source.rtd, 2, 7), 4 * 7 * 3 * 5 * 8);
+    EXPECT_EQ(Shape(rtd), Shape3({4, 7, 3, 5}));
+    EXPECT_EQ(FortranDimension(rtd, 4).multiplier, 4 * 7 * 3 * 8);
+    EXPECT_EQ(_vrspsz(rtd, source.rtd, 4, -1), 0);
+    EXPECT_EQ(Shape(rtd), Shape3({4, 3, 5, 0}));
+    // MERGE takes the first shaped argument; UNPACK the mask's shape; PACK a vector.
+    Array scalar({}, 8, RTD_TYPE_REAL);
+    scalar.rtd->header.dscr_type = RTD_SCALAR;
+    Array mask({6, 2}, 4, RTD_TYPE_LOGICAL);
+    EXPECT_EQ(_vrmrsz(rtd, scalar.rtd, scalar.rtd, mask.rtd), 6 * 2 * 8);
+    EXPECT_EQ(Shape(rtd), Shape3({6, 2}));
+    Array vector({9}, 2, RTD_TYPE_INTEGER);
+    EXPECT_EQ(_vrupsz(rtd, vector.rtd, mask.rtd), 6 * 2 * 2);
+    EXPECT_EQ(_vrpkszg(rtd, source.rtd, nullptr, vector.rtd, 1), 9 * 8);
+    EXPECT_EQ(_vrpkszg(rtd, source.rtd, nullptr, vector.rtd, 0), 60 * 8);
+    // TRANSPOSE exchanges the extents.
+    EXPECT_EQ(_vrtssz(rtd, mask.rtd), 12 * 4);
+    EXPECT_EQ(Shape(rtd), Shape3({2, 6}));
+    // TRANSFER: SIZE, else as many mold elements as cover the source, else a scalar.
+    Array mold({1}, 3, RTD_TYPE_CHARACTER);
+    EXPECT_EQ(_vrtfsz(rtd, source.rtd, mold.rtd, 5, 1), 15);
+    EXPECT_EQ(_vrtfsz(rtd, source.rtd, mold.rtd, 0, 0), 160 * 3);  // 480 bytes of source
+    EXPECT_EQ(Shape(rtd), Shape3({160}));
+    Array empty({0}, 8, RTD_TYPE_REAL);
+    EXPECT_EQ(_vrtfsz(rtd, empty.rtd, mold.rtd, 0, 0), 3);  // the formula as it stands: one element
+    Array moldScalar({}, 4, RTD_TYPE_INTEGER);
+    moldScalar.rtd->header.dscr_type = RTD_SCALAR;
+    EXPECT_EQ(_vrtfsz(rtd, source.rtd, moldScalar.rtd, 0, 0), 4);
+    EXPECT_EQ(rtd->rank, 0);
+    // RESHAPE reads SHAPE through its data at the shape's own element size and stride.
+    int64_t shapeData[4] = {2, -1, 30, -1};  // every other element of INTEGER(8)
+    Array shape({2}, 8, RTD_TYPE_INTEGER, {2});
+    EXPECT_EQ(_vrrssz(rtd, source.rtd, shape.rtd, 0, 0, shapeData), 2 * 30 * 8);
+    EXPECT_EQ(Shape(rtd), Shape3({2, 30}));
+    // MATMUL: the larger type code, lengths by the type rules, shape by the ranks.
+    Array integers({3, 4}, 4, RTD_TYPE_INTEGER);
+    Array complexes({4, 2}, 8, RTD_TYPE_COMPLEX);
+    Array reals({4}, 8, RTD_TYPE_REAL);
+    EXPECT_EQ(_vrmmsz(rtd, integers.rtd, complexes.rtd), 3 * 2 * 8);
+    EXPECT_EQ(rtd->header.data_type, RTD_TYPE_COMPLEX);
+    EXPECT_EQ(Shape(rtd), Shape3({3, 2}));
+    EXPECT_EQ(_vrmmsz(rtd, reals.rtd, complexes.rtd), 2 * 16);  // twice the real's length
+    EXPECT_EQ(Shape(rtd), Shape3({2}));
+    EXPECT_EQ(_vrmmsz(rtd, integers.rtd, reals.rtd), 3 * 8);
+    EXPECT_EQ(Shape(rtd), Shape3({3}));
+    // REPEAT is a length, not a descriptor.
+    EXPECT_EQ(_vrrptsz(0, 5, 3), 15);
+    EXPECT_EQ(_vrrptsz(0, 5, -1), 0);
+}
+
+}  // namespace
