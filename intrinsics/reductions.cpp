@@ -45,6 +45,18 @@ Operand Describe(const void* data, const RTDArray* rtd) {
     return op;
 }
 
+// Calls visit(offset in elements) for every element of an array, as the fills do.
+template <typename Visit>
+void ForEachElement(const Operand& array, Visit visit) {
+    int32_t extents[kMaxRank];
+    int32_t strides[kMaxRank];
+    for (int32_t d = 0; d < kMaxRank; ++d) {
+        extents[d] = d < array.rank ? array.extent[d] : 1;
+        strides[d] = d < array.rank ? array.stride[d] : 1;
+    }
+    WalkNest(extents, strides, visit);
+}
+
 // The loop order, innermost first, as Fortran dimension numbers counted from 0.
 void LoopOrder(const Operand& source, int32_t (&order)[kMaxRank]) {
     int32_t rank = source.rank;
@@ -320,15 +332,8 @@ struct PairMin {
 template <typename Fold>
 void FillResult(unsigned char* base, const RTDArray* rtd) {
     using T = typename Fold::Type;
-    int32_t extents[kMaxRank];
-    int32_t strides[kMaxRank];
-    Operand result = Describe(base, rtd);
-    for (int32_t d = 0; d < kMaxRank; ++d) {
-        extents[d] = d < result.rank ? result.extent[d] : 1;
-        strides[d] = d < result.rank ? result.stride[d] : 1;
-    }
     T initial = Fold::Initial();
-    WalkNest(extents, strides, [&](int64_t offset) { Store(base, offset, initial); });
+    ForEachElement(Describe(base, rtd), [&](int64_t offset) { Store(base, offset, initial); });
 }
 
 template <typename Fold>
@@ -491,17 +496,7 @@ void CharacterExtremum(ResultRecord* record, const void* sourceData, int32_t dim
     }
 
     Operand out = Describe(result, resultRtd);
-    {
-        int32_t extents[kMaxRank];
-        int32_t strides[kMaxRank];
-        for (int32_t d = 0; d < kMaxRank; ++d) {
-            extents[d] = d < out.rank ? out.extent[d] : 1;
-            strides[d] = d < out.rank ? out.stride[d] : 1;
-        }
-        WalkNest(extents, strides, [&](int64_t offset) {
-            std::memset(result + offset * length, initial, static_cast<size_t>(length));
-        });
-    }
+    ForEachElement(out, [&](int64_t offset) { std::memset(result + offset * length, initial, static_cast<size_t>(length)); });
     if (skipAll) return;
     int32_t resultStride[kMaxRank] = {};
     for (int32_t d = 0, r = 0; d < source.rank; ++d) resultStride[d] = d + 1 == dim ? 0 : out.multiplier[r++];
@@ -578,15 +573,7 @@ void LogicalReduction(ResultRecord* record, const void* sourceData, int32_t dim,
 
     RTDArray* resultRtd = ResultRTD(record);
     Operand out = Describe(result, resultRtd);
-    {
-        int32_t extents[kMaxRank];
-        int32_t strides[kMaxRank];
-        for (int32_t d = 0; d < kMaxRank; ++d) {
-            extents[d] = d < out.rank ? out.extent[d] : 1;
-            strides[d] = d < out.rank ? out.stride[d] : 1;
-        }
-        WalkNest(extents, strides, [&](int64_t offset) { Store(result, offset, initial); });
-    }
+    ForEachElement(out, [&](int64_t offset) { Store(result, offset, initial); });
     int32_t resultStride[kMaxRank] = {};
     for (int32_t d = 0, r = 0; d < source.rank; ++d) resultStride[d] = d + 1 == dim ? 0 : out.stride[r++];
     Loops loops = MakeLoops(source, nullptr, order, resultStride);
