@@ -99,28 +99,42 @@ Loops MakeLoops(const Operand& source, const Operand* mask, const int32_t (&orde
     return loops;
 }
 
-// Calls visit(sourceOffset, maskOffset, resultOffset) in elements for every element.
+// One visit; a visit that returns bool ends the walk by returning false.
 template <typename Visit>
-void Walk(const Loops& loops, Visit visit) {
+bool Visit1(Visit& visit, int64_t s, int64_t m, int64_t r) {
+    if constexpr (std::is_void_v<std::invoke_result_t<Visit&, int64_t, int64_t, int64_t>>) {
+        visit(s, m, r);
+        return true;
+    } else {
+        return visit(s, m, r);
+    }
+}
+
+// Calls visit(sourceOffset, maskOffset, resultOffset) in elements for every element;
+// false when a visit ended the walk early.
+template <typename Visit>
+bool Walk(const Loops& loops, Visit visit) {
     for (int32_t e : loops.extent) {
-        if (e <= 0) return;
+        if (e <= 0) return true;
     }
     if (loops.rank <= 2) {
         // Ranks 1 and 2 are most calls: two plain loops, not the nest.
         for (int64_t j = 0; j < loops.extent[1]; ++j) {
             int64_t s = j * loops.source[1], m = j * loops.mask[1], r = j * loops.result[1];
             for (int64_t i = 0; i < loops.extent[0]; ++i) {
-                visit(s + i * loops.source[0], m + i * loops.mask[0], r + i * loops.result[0]);
+                if (!Visit1(visit, s + i * loops.source[0], m + i * loops.mask[0], r + i * loops.result[0])) return false;
             }
         }
-        return;
+        return true;
     }
     int32_t index[kMaxRank] = {};
     int64_t s = 0, m = 0, r = 0;
     for (;;) {
         for (int32_t i = 0; i < loops.extent[0]; ++i) {
-            visit(s + static_cast<int64_t>(i) * loops.source[0], m + static_cast<int64_t>(i) * loops.mask[0],
-                  r + static_cast<int64_t>(i) * loops.result[0]);
+            if (!Visit1(visit, s + static_cast<int64_t>(i) * loops.source[0], m + static_cast<int64_t>(i) * loops.mask[0],
+                        r + static_cast<int64_t>(i) * loops.result[0])) {
+                return false;
+            }
         }
         int level = 1;
         for (; level < kMaxRank; ++level) {
@@ -133,7 +147,7 @@ void Walk(const Loops& loops, Visit visit) {
             r -= static_cast<int64_t>(index[level]) * loops.result[level];
             index[level] = 0;
         }
-        if (level == kMaxRank) return;
+        if (level == kMaxRank) return true;
     }
 }
 
@@ -544,30 +558,10 @@ void LogicalReduction(ResultRecord* record, const void* sourceData, int32_t dim,
         }
         // The negative answer is stored first, and the scan ends at the deciding element.
         Store(result, 0, static_cast<R>(Kind == Logical::All ? 0 : 1));
-        for (int32_t e : loops.extent) {
-            if (e <= 0) {
-                Store(result, 0, initial);
-                return;
-            }
-        }
-        int32_t index[kMaxRank] = {};
-        int64_t s = 0;
-        for (;;) {
-            for (int32_t i = 0; i < loops.extent[0]; ++i) {
-                bool truth = IsTrue(source.data + (s + static_cast<int64_t>(i) * loops.source[0]) * source.length,
-                                    source.length);
-                if (truth != (Kind == Logical::All)) return;  // decided: the stored answer stands
-            }
-            int level = 1;
-            for (; level < kMaxRank; ++level) {
-                s += loops.source[level];
-                if (++index[level] < loops.extent[level]) break;
-                s -= static_cast<int64_t>(index[level]) * loops.source[level];
-                index[level] = 0;
-            }
-            if (level == kMaxRank) break;
-        }
-        Store(result, 0, initial);
+        bool undecided = Walk(loops, [&](int64_t s, int64_t, int64_t) {
+            return IsTrue(source.data + s * source.length, source.length) == (Kind == Logical::All);
+        });
+        if (undecided) Store(result, 0, initial);
         return;
     }
 
