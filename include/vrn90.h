@@ -449,6 +449,26 @@ void _vrmerr2(const void* a, const void* b);
 void _vrmerr3(const void* a, const void* b, const void* c);
 void _vrmerr4(const void* a, const void* b, const void* c, const void* d);
 
+/* ---- Random numbers ---- */
+
+/* The generator in use (1 or 2); an argument of 1 or 2 changes it, 0 only asks, anything
+ * else is error 166. */
+int32_t _vrrnopt(const int32_t* generator);
+/* The current generator's seed and its count word. */
+void _vrrnput(const double* seed, const int32_t* count);
+int32_t _vrrnget(double* seed);
+/* The same on the calling thread's own record, which the harvests use. */
+int32_t _smp_vrrnopt(const int32_t* generator);
+void _smp_vrrnput(const double* seed, const int32_t* count);
+int32_t _smp_vrrnget(double* seed);
+void _vrrnput_combined(const double* seed, const int32_t* count);
+/* 1 or 2, from the run-time option RANDOM. */
+int32_t get_default_generator(void);
+/* RANDOM_NUMBER of a REAL(4), REAL(8) or REAL(16) scalar or array, given by its RTD. */
+void _vrrrand(const void* harvest);
+void _vrdrand(const void* harvest);
+void _vrqrand(const void* harvest);
+
 /* ---- Run-time options ---- */
 
 /* The value of one option by its keyword number: 54 (YES) or 28 (NO) for the yes/no
