@@ -6,6 +6,9 @@
 // integer arithmetic, which yields the same states as the floating-point scheme with
 // fused multiply-adds under rounding toward zero, on any machine.
 #include <pthread.h>
+#include <unistd.h>
+
+#include <algorithm>
 
 #include <cmath>
 #include <cstdint>
@@ -82,34 +85,63 @@ int32_t GetSeed(SeedRecord& record, double* seed) {
     return record.seedCount[slot];
 }
 
-// ---- The steps ----
+// ---- The generators ----
 
-uint64_t Step1(uint64_t x) {
-    uint64_t product = x * kMultiplier1;  // below 2^46
-    uint64_t folded = (product & kModulus1) + (product >> 31);
-    return folded >= kModulus1 ? folded - kModulus1 : folded;
+struct Generator1 {
+    static constexpr uint64_t kMultiplier = kMultiplier1;
+    // x y mod (2^31 - 1) for x, y below the modulus: the product is below 2^62.
+    static uint64_t Multiply(uint64_t x, uint64_t y) {
+        uint64_t product = x * y;
+        uint64_t folded = (product & kModulus1) + (product >> 31);
+        folded = (folded & kModulus1) + (folded >> 31);
+        return folded >= kModulus1 ? folded - kModulus1 : folded;
+    }
+    // x / (2^31 - 1) rounded toward zero: the quotient rounded to nearest, corrected by
+    // the exact remainder that a fused multiply-add gives.
+    static double Harvest(uint64_t x) {
+        const double m = static_cast<double>(kModulus1);
+        double value = static_cast<double>(x);
+        double q = value / m;
+        if (std::fma(q, m, -value) > 0) q = std::nextafter(q, 0.0);
+        return q;
+    }
+    static uint64_t Reduce(uint64_t state) { return state % kModulus1; }
+};
+
+struct Generator2 {
+    static constexpr uint64_t kMultiplier = kMultiplier2;
+    static uint64_t Multiply(uint64_t x, uint64_t y) { return (x * y) & kMask2; }
+    static double Harvest(uint64_t x) { return static_cast<double>(x) * 0x1p-48; }
+    static uint64_t Reduce(uint64_t state) { return state & kMask2; }
+};
+
+// x times a^n: squares of the multiplier, one bit of n at a time.
+template <typename G>
+uint64_t Skip(uint64_t x, uint64_t n) {
+    uint64_t square = G::kMultiplier;
+    for (; n != 0; n >>= 1) {
+        if (n & 1) x = G::Multiply(x, square);
+        square = G::Multiply(square, square);
+    }
+    return x;
 }
 
-uint64_t Step2(uint64_t x) { return (x * kMultiplier2) & kMask2; }
-
-// x / (2^31 - 1) rounded toward zero: the quotient rounded to nearest, corrected by the
-// exact remainder that a fused multiply-add gives.
-double Harvest1(uint64_t x) {
-    const double m = static_cast<double>(kModulus1);
-    double value = static_cast<double>(x);
-    double q = value / m;
-    if (std::fma(q, m, -value) > 0) q = std::nextafter(q, 0.0);
-    return q;
-}
-
-double Harvest2(uint64_t x) { return std::ldexp(static_cast<double>(x), -48); }
+// a^1 to a^8, for eight independent steps from one state.
+template <typename G>
+struct Powers {
+    uint64_t value[8];
+    Powers() {
+        value[0] = G::kMultiplier;
+        for (int k = 1; k < 8; ++k) value[k] = G::Multiply(value[k - 1], G::kMultiplier);
+    }
+};
 
 // A state from a seed as the program may have set it: the integer part, reduced.
-uint64_t StateFrom(double seed, int32_t generator) {
+template <typename G>
+uint64_t StateFrom(double seed) {
     double whole = std::trunc(std::fabs(seed));
     if (!(whole < 18446744073709551616.0)) whole = 0;  // NaN or too large
-    auto state = static_cast<uint64_t>(whole);
-    return generator == 1 ? state % kModulus1 : state & kMask2;
+    return G::Reduce(static_cast<uint64_t>(whole));
 }
 
 // ---- Harvests of each kind ----
@@ -139,60 +171,140 @@ void StoreHarvest<Quad>(unsigned char* element, double value) {
     std::memcpy(element, &pair, sizeof pair);
 }
 
-// Fills the harvest in array element order, one step per element. Strides are in
-// elements; a zero stride counts as 1.
-template <typename T, uint64_t (*Step)(uint64_t), double (*Harvest)(uint64_t)>
-uint64_t Fill(const RTD* rtd, uint64_t state) {
-    auto* base = reinterpret_cast<unsigned char*>(rtd->base_ptr);
-    const int64_t size = static_cast<int64_t>(sizeof(T));
-    if (rtd->header.dscr_type != RTD_ARRAY) {
-        state = Step(state);
-        StoreHarvest<T>(base, Harvest(state));
-        return state;
-    }
+// The harvest's elements in array element order: extents and byte strides of up to 20
+// dimensions; a zero stride counts as one element.
+struct Layout {
+    unsigned char* base = nullptr;
+    int32_t rank = 0;
+    int32_t extent[kMaxRank] = {};
+    int64_t stride[kMaxRank] = {};
+    int64_t count = 1;
+};
+
+template <typename T>
+Layout Describe(const RTD* rtd) {
+    Layout layout;
+    layout.base = reinterpret_cast<unsigned char*>(rtd->base_ptr);
+    if (rtd->header.dscr_type != RTD_ARRAY) return layout;
     const auto* array = reinterpret_cast<const RTDArray*>(rtd);
-    int32_t rank = array->rank < kMaxRank ? array->rank : kMaxRank;
-    int32_t extent[kMaxRank];
-    int64_t stride[kMaxRank];
-    for (int32_t d = 0; d < kMaxRank; ++d) {
-        extent[d] = 1;
-        stride[d] = 0;
-    }
-    for (int32_t d = 1; d <= rank; ++d) {
+    layout.rank = array->rank < kMaxRank ? array->rank : kMaxRank;
+    int32_t length = EffectiveLength(rtd);
+    for (int32_t d = 1; d <= layout.rank; ++d) {
         RTDDimension entry = FortranDimension(array, d);
-        if (entry.extent <= 0) return state;
-        extent[d - 1] = entry.extent;
-        int64_t elements = entry.multiplier / EffectiveLength(rtd);
-        stride[d - 1] = (elements != 0 ? elements : 1) * size;
+        layout.extent[d - 1] = entry.extent > 0 ? entry.extent : 0;
+        int64_t elements = length != 0 ? entry.multiplier / length : 0;
+        layout.stride[d - 1] = (elements != 0 ? elements : 1) * static_cast<int64_t>(sizeof(T));
+        layout.count *= layout.extent[d - 1];
     }
+    return layout;
+}
+
+// One run of n elements `stride` bytes apart, eight independent steps at a time so that
+// the multiplications overlap; the states are those of single steps.
+template <typename T, typename G>
+uint64_t Run(unsigned char* element, int64_t stride, int64_t n, uint64_t x, const Powers<G>& powers) {
+    int64_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+        uint64_t y[8];
+        for (int k = 0; k < 8; ++k) y[k] = G::Multiply(x, powers.value[k]);
+        for (int k = 0; k < 8; ++k, element += stride) StoreHarvest<T>(element, G::Harvest(y[k]));
+        x = y[7];
+    }
+    for (; i < n; ++i, element += stride) {
+        x = G::Multiply(x, G::kMultiplier);
+        StoreHarvest<T>(element, G::Harvest(x));
+    }
+    return x;
+}
+
+// Elements first to first + count - 1 in array element order, from the state before
+// element `first`; the state after the last.
+template <typename T, typename G>
+uint64_t FillRange(const Layout& layout, int64_t first, int64_t count, uint64_t state) {
+    static const Powers<G> powers;
+    if (layout.rank == 0) return Run<T, G>(layout.base, 0, 1, state, powers);
     int32_t index[kMaxRank] = {};
-    unsigned char* outer = base;
-    for (;;) {
-        unsigned char* element = outer;
-        for (int32_t i = 0; i < extent[0]; ++i, element += stride[0]) {
-            state = Step(state);
-            StoreHarvest<T>(element, Harvest(state));
-        }
-        int32_t level = 1;
-        for (; level < rank; ++level) {
-            outer += stride[level];
-            if (++index[level] < extent[level]) break;
-            outer -= index[level] * stride[level];
-            index[level] = 0;
-        }
-        if (level >= rank) return state;
+    unsigned char* row = layout.base;
+    int64_t rest = first;
+    for (int32_t d = 0; d < layout.rank; ++d) {
+        index[d] = static_cast<int32_t>(rest % layout.extent[d]);
+        rest /= layout.extent[d];
+        row += (d == 0 ? 0 : index[d]) * layout.stride[d];
     }
+    while (count > 0) {
+        int64_t n = std::min<int64_t>(layout.extent[0] - index[0], count);
+        state = Run<T, G>(row + index[0] * layout.stride[0], layout.stride[0], n, state, powers);
+        count -= n;
+        index[0] = 0;
+        for (int32_t d = 1; d < layout.rank; ++d) {
+            row += layout.stride[d];
+            if (++index[d] < layout.extent[d]) break;
+            row -= index[d] * layout.stride[d];
+            index[d] = 0;
+        }
+    }
+    return state;
+}
+
+// Asked once: sysconf reads /sys each time, which would cost more than a short harvest.
+int32_t _smp_rand_nthreads() {
+    static const int32_t threads = [] {
+        long online = sysconf(_SC_NPROCESSORS_ONLN);
+        return online > 1 ? static_cast<int32_t>(2 * online) : 1;
+    }();
+    return threads;
+}
+
+template <typename T, typename G>
+struct Share {
+    const Layout* layout;
+    int64_t first, count;
+    uint64_t state;
+};
+
+template <typename T, typename G>
+void* FillShare(void* argument) {
+    auto* share = static_cast<Share<T, G>*>(argument);
+    FillRange<T, G>(*share->layout, share->first, share->count, share->state);
+    return nullptr;
+}
+
+// Long harvests are split into one share per thread; each share starts from the state
+// skipped ahead to its first element, so the numbers are those of the serial fill.
+template <typename T, typename G>
+uint64_t Fill(const Layout& layout, uint64_t state) {
+    constexpr int kMaxThreads = 256;
+    if (layout.count <= 0x7FF) return FillRange<T, G>(layout, 0, layout.count, state);
+    int32_t threads = std::min(_smp_rand_nthreads(), kMaxThreads);
+    if (layout.count <= int64_t{threads} * 2048 - 1 || threads < 2) return FillRange<T, G>(layout, 0, layout.count, state);
+    Share<T, G> shares[kMaxThreads];
+    pthread_t ids[kMaxThreads];
+    bool started[kMaxThreads] = {};
+    int64_t each = (layout.count + threads - 1) / threads;
+    for (int32_t t = 0; t < threads; ++t) {
+        int64_t first = std::min(layout.count, t * each);
+        shares[t] = {&layout, first, std::min(each, layout.count - first), Skip<G>(state, static_cast<uint64_t>(first))};
+        started[t] = t > 0 && pthread_create(&ids[t], nullptr, FillShare<T, G>, &shares[t]) == 0;
+    }
+    // This thread takes the first share, and any share whose thread could not start.
+    for (int32_t t = 0; t < threads; ++t) {
+        if (!started[t]) FillShare<T, G>(&shares[t]);
+    }
+    for (int32_t t = 1; t < threads; ++t) {
+        if (started[t]) pthread_join(ids[t], nullptr);
+    }
+    return Skip<G>(state, static_cast<uint64_t>(layout.count));
 }
 
 template <typename T>
 void RandomNumber(const void* harvest) {
-    const auto* rtd = static_cast<const RTD*>(harvest);
+    Layout layout = Describe<T>(static_cast<const RTD*>(harvest));
     int32_t zero = 0;
     int32_t generator = _smp_vrrnopt(&zero);
     double seed;
     _smp_vrrnget(&seed);
-    uint64_t state = StateFrom(seed, generator);
-    state = generator == 1 ? Fill<T, Step1, Harvest1>(rtd, state) : Fill<T, Step2, Harvest2>(rtd, state);
+    uint64_t state = generator == 1 ? Fill<T, Generator1>(layout, StateFrom<Generator1>(seed))
+                                    : Fill<T, Generator2>(layout, StateFrom<Generator2>(seed));
     double stored = static_cast<double>(state);
     int32_t one = 1;
     _vrrnput_combined(&stored, &one);

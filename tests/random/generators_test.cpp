@@ -2,6 +2,7 @@
 // against element-by-element harvests, and the choice of generator. Each test that needs
 // a fresh sequence runs on a new thread, which starts from its own seed record.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdint>
@@ -137,6 +138,13 @@ TEST(RandomNumbers, ArrayFillsGiveTheElementsOneAtATime) {
             shapes.push_back({{7, 5}, {1, 7}});
             shapes.push_back({{7, 5}, {5, 1}});      // the transposed walk
             shapes.push_back({{3, 4, 600}, {-1, 3, 12}});
+            // Either side of the length where the fill is shared among threads (twice the
+            // processors online, 2,048 elements each), and a shared fill of rank 3.
+            long online = sysconf(_SC_NPROCESSORS_ONLN);
+            int32_t limit = (online > 1 ? 2 * static_cast<int32_t>(online) : 1) * 2048;
+            shapes.push_back({{limit - 1}, {1}});
+            shapes.push_back({{limit + 1}, {-1}});
+            shapes.push_back({{5, 3, limit / 15 + 7}, {3, 1, 15}});
             for (const Shape& shape : shapes) {
                 double seed;
                 _smp_vrrnget(&seed);
