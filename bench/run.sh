@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench >/dev/null
 export TMPDIR=${TMPDIR:-/tmp}
 records=$(mktemp)
 files=$(mktemp)
@@ -28,11 +28,16 @@ peer_dir=$(mktemp -d)
 peer=""
 list_peer=""
 reduction_peer=""
+random_peer=""
 if command -v gfortran >/dev/null; then
   gfortran -O2 bench/peers/records.f90 -o "$peer_dir/records" && peer="$peer_dir/records"
   gfortran -O2 bench/peers/list_write.f90 -o "$peer_dir/list_write" && list_peer="$peer_dir/list_write"
   gfortran -O2 bench/peers/reductions.f90 -o "$peer_dir/reductions" 2>/dev/null && reduction_peer="$peer_dir/reductions"
+  gfortran -O2 bench/peers/random.f90 -o "$peer_dir/random" && random_peer="$peer_dir/random"
 fi
+randoms=$(mktemp)
+build/host/bench/random_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$randoms" --benchmark_out_format=json >/dev/null 2>&1
 reductions=$(mktemp)
 build/host/bench/reduction_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
   --benchmark_out="$reductions" --benchmark_out_format=json >/dev/null 2>&1
@@ -120,4 +125,22 @@ for label, ours, loop, peer_name in [("SUM, 50M REAL(8)", "SumReal8", "PlainSumR
     g = theirs.get(peer_name, float("nan"))
     print(f"{label:34} {gbs(ours):8.2f} {gbs(loop):11.2f} {g:9.2f} {gbs(loop) / gbs(ours):10.2f} {gbs(ours) / g:14.2f}")
 PY
-rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions"
+
+# RANDOM_NUMBER: ns per element beside the memory limit and gfortran.
+python3 - "$randoms" "$random_peer" <<'PY'
+import json, subprocess, sys
+randoms_json, peer = sys.argv[1:3]
+runs = {b["run_name"]: b for b in json.load(open(randoms_json))["benchmarks"] if b.get("aggregate_name") == "median"}
+ns = lambda name: 1e9 / runs[name + "/real_time"]["items_per_second"]
+theirs = float("nan")
+if peer:
+    theirs = float(subprocess.run([peer], check=True, capture_output=True, text=True).stdout.split()[1])
+limit = ns("PlainWrite")
+print()
+print(f"{'RANDOM_NUMBER, 50M REAL(8)':34} {'ns each':>8} {'x limit':>8} {'gfortran/ours':>14}")
+for label, name in [("ours, one thread", "OneThread"), ("ours, threaded fill", "Threaded")]:
+    print(f"{label:34} {ns(name):8.2f} {ns(name) / limit:8.2f} {theirs / ns(name):14.2f}")
+print(f"{'plain loop writing the array':34} {limit:8.2f} {1.0:8.2f}")
+print(f"{'gfortran RANDOM_NUMBER':34} {theirs:8.2f} {theirs / limit:8.2f}")
+PY
+rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"

@@ -96,13 +96,22 @@ struct Generator1 {
         folded = (folded & kModulus1) + (folded >> 31);
         return folded >= kModulus1 ? folded - kModulus1 : folded;
     }
-    // x / (2^31 - 1) rounded toward zero: the quotient rounded to nearest, corrected by
-    // the exact remainder that a fused multiply-add gives.
+    // x / (2^31 - 1) rounded toward zero. x times the rounded reciprocal is within an
+    // ulp or so; the exact remainders that fused multiply-adds give pick the neighbour
+    // that is the truncated quotient, without a branch.
     static double Harvest(uint64_t x) {
         const double m = static_cast<double>(kModulus1);
+        const double inverse = 1.0 / m;
         double value = static_cast<double>(x);
-        double q = value / m;
-        if (std::fma(q, m, -value) > 0) q = std::nextafter(q, 0.0);
+        double q = value * inverse;
+        uint64_t bits;
+        std::memcpy(&bits, &q, sizeof bits);
+        double up;
+        uint64_t upBits = bits + 1;
+        std::memcpy(&up, &upBits, sizeof up);
+        // Both tests computed, their truth added: data-dependent branches would mispredict.
+        bits += static_cast<uint64_t>(std::fma(up, m, -value) <= 0) - static_cast<uint64_t>(std::fma(q, m, -value) > 0);
+        std::memcpy(&q, &bits, sizeof q);
         return q;
     }
     static uint64_t Reduce(uint64_t state) { return state % kModulus1; }
