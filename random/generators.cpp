@@ -160,9 +160,13 @@ void StoreHarvest(unsigned char* element, double value);
 
 template <>
 void StoreHarvest<float>(unsigned char* element, double value) {
+    // Toward zero, as the kernels round: one step down when rounding went up. The value
+    // is not negative, so the step is one off the bits.
     float single = static_cast<float>(value);
-    if (single > value) single = std::nextafter(single, 0.0f);  // toward zero, as the kernels round
-    std::memcpy(element, &single, sizeof single);
+    uint32_t bits;
+    std::memcpy(&bits, &single, sizeof bits);
+    bits -= static_cast<uint32_t>(single > value);
+    std::memcpy(element, &bits, sizeof bits);
 }
 
 template <>
