@@ -7,21 +7,25 @@
 
 namespace {
 
-// Copies `width` bytes of value into every element the tables reach. A zero stride is
-// a loop that runs once.
+// The caller's tables, where a zero stride is a loop that runs once.
+Nest FillNest(const int32_t* extents, const int32_t* strides) {
+    Nest nest;
+    for (int d = 0; d < kMaxRank; ++d) {
+        nest.extent[d] = extents[d];
+        nest.stride[d] = strides[d];
+        if (nest.stride[d] == 0) nest.extent[d] = nest.extent[d] > 0 ? 1 : nest.extent[d];
+    }
+    return nest;
+}
+
+// Copies `width` bytes of value into every element the tables reach.
 template <int Width>
 void Fill(void* base, const void* value, const int32_t* extents, const int32_t* strides) {
-    int32_t extent[kMaxRank];
-    int32_t stride[kMaxRank];
-    for (int d = 0; d < kMaxRank; ++d) {
-        extent[d] = extents[d];
-        stride[d] = strides[d];
-        if (stride[d] == 0) extent[d] = extent[d] > 0 ? 1 : extent[d];
-    }
+    Nest nest = FillNest(extents, strides);
     auto* bytes = static_cast<unsigned char*>(base);
     unsigned char element[Width];
     std::memcpy(element, value, Width);
-    WalkNest(extent, stride, [&](int64_t offset) { std::memcpy(bytes + offset * Width, element, Width); });
+    WalkNest(nest.extent, nest.stride, [&](int64_t offset) { std::memcpy(bytes + offset * Width, element, Width); });
 }
 
 }  // namespace
@@ -44,17 +48,11 @@ VRN_FILL(_vriax32, 32)
 
 VRN_EXPORT void _vriac(void* base, const void* value, const int32_t* extents, const int32_t* strides,
                        int32_t valueLength, int32_t targetLength) {
-    int32_t extent[kMaxRank];
-    int32_t stride[kMaxRank];
-    for (int d = 0; d < kMaxRank; ++d) {
-        extent[d] = extents[d];
-        stride[d] = strides[d];
-        if (stride[d] == 0) extent[d] = extent[d] > 0 ? 1 : extent[d];
-    }
+    Nest nest = FillNest(extents, strides);
     if (targetLength <= 0) return;
     int32_t copied = valueLength < targetLength ? (valueLength > 0 ? valueLength : 0) : targetLength;
     auto* bytes = static_cast<unsigned char*>(base);
-    WalkNest(extent, stride, [&](int64_t offset) {
+    WalkNest(nest.extent, nest.stride, [&](int64_t offset) {
         unsigned char* target = bytes + offset * targetLength;
         std::memcpy(target, value, static_cast<size_t>(copied));
         std::memset(target + copied, ' ', static_cast<size_t>(targetLength - copied));

@@ -3,33 +3,42 @@
 
 #include "core/export.h"
 
-int32_t BuildReducedResult(RTDArray* result, const RTDArray* source, int32_t dim, bool hasDim) {
-    int32_t length = EffectiveLength(reinterpret_cast<const RTD*>(source));
+int32_t LayOutContiguous(RTDArray* result, uint8_t type, int32_t length, const int32_t* extents, int32_t rank) {
     result->header.dscr_type = RTD_ARRAY;
-    result->header.data_type = source->header.data_type;
+    result->header.data_type = type;
     result->element_len = length;
-    result->rel_virtual_org = 0;
-    if (!hasDim || source->rank < 2) {
-        result->rank = 0;
-        return length;
-    }
-    if (dim < 1 || dim > source->rank) {
-        _vrmerr1(&dim);  // nothing is reported: the hook stays for a debugger
-        return length;
-    }
-    // From Fortran dimension 1 (the table's last entry) on, skipping DIM.
-    int32_t rank = source->rank - 1;
     result->rank = rank;
+    result->rel_virtual_org = 0;
     int32_t running = length;
-    int32_t out = rank - 1;
-    for (int32_t d = 1; d <= source->rank; ++d) {
-        if (d == dim) continue;
-        RTDDimension entry{1, FortranDimension(source, d).extent, running};
-        std::memcpy(&result->dims[out--], &entry, sizeof entry);
+    for (int32_t d = 1; d <= rank; ++d) {
+        RTDDimension entry{1, extents[d - 1], running};
+        std::memcpy(&result->dims[rank - d], &entry, sizeof entry);
         result->rel_virtual_org -= running;
         running *= entry.extent;
     }
     return running;
+}
+
+int32_t BuildReducedResult(RTDArray* result, const RTDArray* source, int32_t dim, bool hasDim) {
+    int32_t length = EffectiveLength(reinterpret_cast<const RTD*>(source));
+    uint8_t type = source->header.data_type;
+    if (!hasDim || source->rank < 2) return LayOutContiguous(result, type, length, nullptr, 0);
+    if (dim < 1 || dim > source->rank) {
+        // The descriptor stays partly built with its rank as it was; nothing is reported,
+        // the hook stays for a debugger.
+        result->header.dscr_type = RTD_ARRAY;
+        result->header.data_type = type;
+        result->element_len = length;
+        result->rel_virtual_org = 0;
+        _vrmerr1(&dim);
+        return length;
+    }
+    int32_t extents[kMaxRank];
+    int32_t rank = 0;
+    for (int32_t d = 1; d <= source->rank && d <= kMaxRank; ++d) {
+        if (d != dim) extents[rank++] = FortranDimension(source, d).extent;
+    }
+    return LayOutContiguous(result, type, length, extents, rank);
 }
 
 namespace {
@@ -53,16 +62,9 @@ VRN_EXPORT int32_t _vrcnsz(void* result, const void* source, int32_t dim, int32_
     auto* rtd = static_cast<RTDArray*>(result);
     int32_t kind = rtd->element_len;
     SizeReduction(result, source, dim, hasDim);
-    rtd->header.data_type = RTD_TYPE_INTEGER;
-    rtd->element_len = kind;
-    rtd->rel_virtual_org = 0;
-    int32_t running = kind;
-    for (int32_t i = rtd->rank - 1; i >= 0; --i) {
-        rtd->dims[i].multiplier = running;
-        rtd->rel_virtual_org -= running;
-        running *= rtd->dims[i].extent;
-    }
-    return running;
+    int32_t extents[kMaxRank];
+    for (int32_t d = 1; d <= rtd->rank; ++d) extents[d - 1] = FortranDimension(rtd, d).extent;
+    return LayOutContiguous(rtd, RTD_TYPE_INTEGER, kind, extents, rtd->rank);
 }
 
 // SUM, PRODUCT, MAXVAL and MINVAL size alike; the mask goes only to the error hook.

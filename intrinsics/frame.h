@@ -38,6 +38,10 @@ inline RTDDimension FortranDimension(const RTDArray* array, int32_t d) {
     return entry;
 }
 
+// Lays out `result` as a contiguous array of `rank` extents given in Fortran order,
+// lbound 1, with the type and element length given. The result is the size in bytes.
+int32_t LayOutContiguous(RTDArray* result, uint8_t type, int32_t length, const int32_t* extents, int32_t rank);
+
 // Fills `result` (an array RTD with room for kMaxRank dimensions) with the shape of
 // `source` less dimension `dim` when hasDim and the rank is at least 2, else a scalar;
 // element length and type from the source. The result is the size in bytes.

@@ -8,23 +8,6 @@
 
 namespace {
 
-// Lays out a contiguous result of `rank` extents given in Fortran order.
-int32_t Contiguous(RTDArray* result, uint8_t type, int32_t length, const int32_t* extents, int32_t rank) {
-    result->header.dscr_type = RTD_ARRAY;
-    result->header.data_type = type;
-    result->element_len = length;
-    result->rank = rank;
-    result->rel_virtual_org = 0;
-    int32_t running = length;
-    for (int32_t d = 1; d <= rank; ++d) {
-        RTDDimension entry{1, extents[d - 1], running};
-        std::memcpy(&result->dims[rank - d], &entry, sizeof entry);
-        result->rel_virtual_org -= running;
-        running *= entry.extent;
-    }
-    return running;
-}
-
 int32_t Rank(const RTDArray* rtd) { return rtd->header.dscr_type == RTD_ARRAY ? rtd->rank : 0; }
 
 // The extents of an array in Fortran order; the count is the rank.
@@ -39,7 +22,7 @@ int32_t Length(const RTDArray* rtd) { return EffectiveLength(reinterpret_cast<co
 int32_t SameShape(void* result, const void* source) {
     int32_t extents[kMaxRank];
     int32_t rank = Extents(AsArray(source), extents);
-    return Contiguous(static_cast<RTDArray*>(result), AsArray(source)->header.data_type, Length(AsArray(source)),
+    return LayOutContiguous(static_cast<RTDArray*>(result), AsArray(source)->header.data_type, Length(AsArray(source)),
                       extents, rank);
 }
 
@@ -47,7 +30,7 @@ int32_t SameShape(void* result, const void* source) {
 int32_t LocationVector(void* result, const void* source) {
     auto* rtd = static_cast<RTDArray*>(result);
     int32_t extent = Rank(AsArray(source));
-    return Contiguous(rtd, RTD_TYPE_INTEGER, rtd->element_len, &extent, 1);
+    return LayOutContiguous(rtd, RTD_TYPE_INTEGER, rtd->element_len, &extent, 1);
 }
 
 int32_t LocationSize(void* result, const void* source, int32_t dim, const void* mask, int32_t flag) {
@@ -62,7 +45,7 @@ int32_t LocationSize(void* result, const void* source, int32_t dim, const void* 
         return kind;
     }
     std::copy(extents + dim, extents + rank, extents + dim - 1);
-    return Contiguous(rtd, RTD_TYPE_INTEGER, kind, extents, rank - 1);
+    return LayOutContiguous(rtd, RTD_TYPE_INTEGER, kind, extents, rank - 1);
 }
 
 }  // namespace
@@ -92,7 +75,7 @@ VRN_EXPORT int32_t _vrspsz(void* result, const void* source, int32_t dim, int32_
     std::copy(own, own + dim - 1, extents);
     extents[dim - 1] = std::max(ncopies, 0);
     std::copy(own + dim - 1, own + rank, extents + dim);
-    return Contiguous(rtd, array->header.data_type, Length(array), extents, rank + 1);
+    return LayOutContiguous(rtd, array->header.data_type, Length(array), extents, rank + 1);
 }
 
 VRN_EXPORT int32_t _vrmrsz(void* result, const void* tsource, const void* fsource, const void* mask) {
@@ -105,14 +88,14 @@ VRN_EXPORT int32_t _vrmrsz(void* result, const void* tsource, const void* fsourc
     }
     int32_t extents[kMaxRank];
     int32_t rank = Extents(shaped, extents);
-    return Contiguous(static_cast<RTDArray*>(result), AsArray(tsource)->header.data_type, Length(AsArray(tsource)),
+    return LayOutContiguous(static_cast<RTDArray*>(result), AsArray(tsource)->header.data_type, Length(AsArray(tsource)),
                       extents, rank);
 }
 
 VRN_EXPORT int32_t _vrupsz(void* result, const void* vector, const void* mask) {
     int32_t extents[kMaxRank];
     int32_t rank = Extents(AsArray(mask), extents);
-    return Contiguous(static_cast<RTDArray*>(result), AsArray(vector)->header.data_type, Length(AsArray(vector)),
+    return LayOutContiguous(static_cast<RTDArray*>(result), AsArray(vector)->header.data_type, Length(AsArray(vector)),
                       extents, rank);
 }
 
@@ -128,7 +111,7 @@ VRN_EXPORT int32_t _vrpkszg(void* result, const void* array, const void* maskDat
         int32_t rank = Extents(AsArray(array), extents);
         for (int32_t d = 0; d < rank; ++d) extent *= extents[d];
     }
-    return Contiguous(static_cast<RTDArray*>(result), AsArray(array)->header.data_type, Length(AsArray(array)), &extent,
+    return LayOutContiguous(static_cast<RTDArray*>(result), AsArray(array)->header.data_type, Length(AsArray(array)), &extent,
                       1);
 }
 
@@ -136,7 +119,7 @@ VRN_EXPORT int32_t _vrtssz(void* result, const void* source) {
     int32_t extents[kMaxRank];
     Extents(AsArray(source), extents);
     int32_t swapped[2] = {extents[1], extents[0]};
-    return Contiguous(static_cast<RTDArray*>(result), AsArray(source)->header.data_type, Length(AsArray(source)),
+    return LayOutContiguous(static_cast<RTDArray*>(result), AsArray(source)->header.data_type, Length(AsArray(source)),
                       swapped, 2);
 }
 
@@ -144,15 +127,15 @@ VRN_EXPORT int32_t _vrtfsz(void* result, const void* source, const void* mold, i
     const RTDArray* moldArray = AsArray(mold);
     int32_t moldLength = Length(moldArray);
     auto* rtd = static_cast<RTDArray*>(result);
-    if (sizePresent & 1) return Contiguous(rtd, moldArray->header.data_type, moldLength, &size, 1);
-    if (Rank(moldArray) == 0) return Contiguous(rtd, moldArray->header.data_type, moldLength, nullptr, 0);
+    if (sizePresent & 1) return LayOutContiguous(rtd, moldArray->header.data_type, moldLength, &size, 1);
+    if (Rank(moldArray) == 0) return LayOutContiguous(rtd, moldArray->header.data_type, moldLength, nullptr, 0);
     int32_t extents[kMaxRank];
     int32_t rank = Extents(AsArray(source), extents);
     int64_t bytes = Length(AsArray(source));
     for (int32_t d = 0; d < rank; ++d) bytes *= extents[d];
     // Applied as it stands: no bytes give 1 element, or 0 for a mold of length 1.
     int32_t extent = moldLength != 0 ? static_cast<int32_t>((bytes - 1) / moldLength + 1) : 0;
-    return Contiguous(rtd, moldArray->header.data_type, moldLength, &extent, 1);
+    return LayOutContiguous(rtd, moldArray->header.data_type, moldLength, &extent, 1);
 }
 
 VRN_EXPORT int32_t _vrrssz(void* result, const void* source, const void* shape, uintptr_t, uintptr_t,
@@ -176,7 +159,7 @@ VRN_EXPORT int32_t _vrrssz(void* result, const void* source, const void* shape, 
             default: std::memcpy(&four, element, 4); extents[d] = four; break;
         }
     }
-    return Contiguous(static_cast<RTDArray*>(result), AsArray(source)->header.data_type, Length(AsArray(source)),
+    return LayOutContiguous(static_cast<RTDArray*>(result), AsArray(source)->header.data_type, Length(AsArray(source)),
                       extents, rank);
 }
 
@@ -202,11 +185,11 @@ VRN_EXPORT int32_t _vrmmsz(void* result, const void* a, const void* b) {
     uint8_t type = std::max(leftType, rightType);
     int32_t rightLast = FortranDimension(right, right->rank).extent;
     auto* rtd = static_cast<RTDArray*>(result);
-    if (left->rank == 1) return Contiguous(rtd, type, length, &rightLast, 1);
+    if (left->rank == 1) return LayOutContiguous(rtd, type, length, &rightLast, 1);
     int32_t leftFirst = FortranDimension(left, 1).extent;
-    if (right->rank == 1) return Contiguous(rtd, type, length, &leftFirst, 1);
+    if (right->rank == 1) return LayOutContiguous(rtd, type, length, &leftFirst, 1);
     int32_t extents[2] = {leftFirst, rightLast};
-    return Contiguous(rtd, type, length, extents, 2);
+    return LayOutContiguous(rtd, type, length, extents, 2);
 }
 
 VRN_EXPORT int32_t _vrrptsz(uintptr_t, int32_t length, int32_t ncopies) {
