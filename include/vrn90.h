@@ -443,6 +443,91 @@ void _vrcni2(ResultRecord* result, const void* source, int32_t dim, const RTDArr
 void _vrcni4(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
 void _vrcni8(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
 
+/* ---- DOT_PRODUCT and MATMUL ----
+ * A REAL(16) value is a pair of doubles, high word first; where long double has that
+ * form it is the type of a REAL(16) function result. */
+#if defined(__LDBL_MANT_DIG__) && __LDBL_MANT_DIG__ == 106
+typedef long double vrn_real16;
+typedef long double _Complex vrn_complex32;
+#else
+typedef struct vrn_real16 { double hi, lo; } vrn_real16;
+typedef struct vrn_complex32 { vrn_real16 re, im; } vrn_complex32;
+#endif
+
+/* DOT_PRODUCT of two rank-1 arrays; the extent is a's. */
+int8_t _vrdpi1(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+int16_t _vrdpi2(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+int32_t _vrdpi4(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+int64_t _vrdpi8(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+int8_t _vrdpl1(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+int16_t _vrdpl2(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+int32_t _vrdpl4(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+int64_t _vrdpl8(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+float _vrdpr4(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+double _vrdpr8(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+vrn_real16 _vrdpr16(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+float _Complex _vrdpx8(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+double _Complex _vrdpx16(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+vrn_complex32 _vrdpx32(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd);
+
+/* MATMUL into an allocated result. Bit 0 of hasCutoff makes cutoff meaningful: 1 asks
+ * for the default Strassen cut-off, another positive value is the cut-off itself. */
+void _vrmmi1(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmmi2(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmmi4(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmmi8(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmml1(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmml2(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmml4(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmml8(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmmr4(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmmr8(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmmr16(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmmx8(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmmx16(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+void _vrmmx32(ResultRecord* result, const void* a, const void* b, int32_t cutoff, const RTDArray* aRtd,
+    const RTDArray* bRtd, int32_t hasCutoff);
+/* The conventional kernel: C(m x n) = A(m x k) B(k x n), strides in elements. code is
+ * (typeA << 24) | (lenA << 16) | (typeB << 8) | lenB; a pair the kernel does not take
+ * leaves C as it was. */
+#define VRN_MATMUL_FLAT const void* a, int32_t aRow, int32_t aCol, const void* b, int32_t bRow, int32_t bCol, \
+    void* c, int32_t cRow, int32_t cCol, int32_t m, int32_t k, int32_t n
+void _vrmmi1c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmmi2c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmmi4c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmmi8c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmml1c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmml2c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmml4c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmml8c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmmr4c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmmr8c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmmr16c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmmx8c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmmx16c(VRN_MATMUL_FLAT, uint32_t code);
+void _vrmmx32c(VRN_MATMUL_FLAT, uint32_t code);
+/* Strassen-Winograd over operands of the result type, with scratch from work to workEnd. */
+void _vrmmr4s(VRN_MATMUL_FLAT, int32_t cutoff, void* work, void* workEnd);
+void _vrmmr8s(VRN_MATMUL_FLAT, int32_t cutoff, void* work, void* workEnd);
+void _vrmmr16s(VRN_MATMUL_FLAT, int32_t cutoff, void* work, void* workEnd);
+void _vrmmx8s(VRN_MATMUL_FLAT, int32_t cutoff, void* work, void* workEnd);
+void _vrmmx16s(VRN_MATMUL_FLAT, int32_t cutoff, void* work, void* workEnd);
+void _vrmmx32s(VRN_MATMUL_FLAT, int32_t cutoff, void* work, void* workEnd);
+#undef VRN_MATMUL_FLAT
+
 /* Hooks for argument errors: they do nothing, and stay so that a debugger can stop there. */
 void _vrmerr1(const void* a);
 void _vrmerr2(const void* a, const void* b);

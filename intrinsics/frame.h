@@ -18,6 +18,7 @@ inline int32_t EffectiveLength(const RTD* rtd) {
     if (rtd->header.data_type >= RTD_TYPE_INTEGER && (rtd->header.flags & RTD_FLAG_IS_PADDED)) length >>= 1;
     return length;
 }
+inline int32_t EffectiveLength(const RTDArray* rtd) { return EffectiveLength(reinterpret_cast<const RTD*>(rtd)); }
 
 // A logical element of any kind is true when bit 0 of its least significant byte is set.
 inline bool IsTrue(const unsigned char* element, int32_t length) {

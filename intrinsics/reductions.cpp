@@ -16,6 +16,7 @@
 
 #include "convert/double_double.h"
 #include "core/export.h"
+#include "intrinsics/complex.h"
 #include "intrinsics/frame.h"
 
 namespace {
@@ -203,11 +204,6 @@ struct Product {
     static T Initial() { return T(1); }
     static void Register(T& m, const T& x) { m = m * x; }
     static void Guarded(T& m, const T& x) { m = m * x; }
-};
-
-template <typename T>
-struct Complex {
-    T re, im;
 };
 
 template <typename T>
