@@ -4,6 +4,7 @@
 // Strassen path.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <cstdint>
@@ -194,7 +195,8 @@ void CheckMember(Dispatcher entry) {
         using TB = decltype(bType);
         for (const Shape& s : shapes) {
             for (Layout la : layouts) {
-                if (s.m > 50 && la != layouts[0]) continue;  // one large case a pair is enough
+                // One large case a pair is enough; under emulation, one a member.
+                if (s.m > 50 && (la != layouts[0] || (kTarget && !std::is_same_v<TA, TB>))) continue;
                 CheckMatmul<C, TA, TB>(entry, s.m, s.k, s.n, static_cast<typename Matrix<TA>::Layout>(la),
                                        static_cast<typename Matrix<TB>::Layout>(layouts[(la + 1) % 3]), random);
             }
@@ -353,6 +355,118 @@ TEST(Matmul, CachePararametersDefaults) {
     auto address = reinterpret_cast<uintptr_t>(_vracache());
     EXPECT_EQ(address % 4096, 0u);
     EXPECT_EQ(reinterpret_cast<uintptr_t>(_vracache()), address);
+}
+
+using StrassenEntry = void (*)(const void*, int32_t, int32_t, const void*, int32_t, int32_t, void*, int32_t, int32_t,
+                               int32_t, int32_t, int32_t, int32_t, void*, void*);
+
+// The recursion called directly with a small cut-off: several levels on odd extents, with
+// the scratch the formula gives.
+template <typename C>
+void CheckStrassen(StrassenEntry entry, int32_t m, int32_t k, int32_t n, int32_t cutoff, std::mt19937_64& random) {
+    Matrix<C> a(m, k, Matrix<C>::kColumnMajor), b(k, n, Matrix<C>::kTransposed);
+    Matrix<C> c(m, n, Matrix<C>::kStridedBackward);
+    a.Fill(random);
+    b.Fill(random);
+    int64_t x = std::max(n, k);
+    std::vector<C> work(static_cast<size_t>((x * m + int64_t{n} * k) / 3 + (3 * n + x + m + k) / 2 + 32));
+    entry(a.Base(), a.row, a.col, b.Base(), b.row, b.col, c.Base(), c.row, c.col, m, k, n, cutoff, work.data(),
+          work.data() + work.size());
+    SCOPED_TRACE(::testing::Message() << m << "x" << k << "x" << n << " cut-off " << cutoff);
+    ExpectProduct(a, b, c, 64);
+}
+
+TEST(Strassen, OddExtentsAtEveryLevel) {
+    std::mt19937_64 random(7);
+    for (int32_t cutoff : {2, 5, 9}) {
+        CheckStrassen<float>(_vrmmr4s, 37, 29, 41, cutoff, random);
+        CheckStrassen<double>(_vrmmr8s, 37, 29, 41, cutoff, random);
+        CheckStrassen<double>(_vrmmr8s, 18, 33, 17, cutoff, random);
+        CheckStrassen<DD>(_vrmmr16s, 21, 19, 23, cutoff, random);
+        // Complex: the base case is three real products.
+        CheckStrassen<Cx<float>>(_vrmmx8s, 23, 31, 19, cutoff, random);
+        CheckStrassen<Cx<double>>(_vrmmx16s, 23, 31, 19, cutoff, random);
+        CheckStrassen<Cx<DD>>(_vrmmx32s, 13, 11, 15, cutoff, random);
+    }
+}
+
+// At the base case the complex product is three real ones: close to the complex kernel,
+// not bit for bit.
+TEST(Strassen, ComplexBaseCaseIsThreeRealProducts) {
+    std::mt19937_64 random(8);
+    const int32_t m = 30, k = 40, n = 20;
+    Matrix<Cx<double>> a(m, k, Matrix<Cx<double>>::kColumnMajor), b(k, n, Matrix<Cx<double>>::kColumnMajor);
+    Matrix<Cx<double>> viaReal(m, n, Matrix<Cx<double>>::kColumnMajor), direct = viaReal;
+    a.Fill(random);
+    b.Fill(random);
+    std::vector<Cx<double>> work(4000);
+    _vrmmx16s(a.Base(), a.row, a.col, b.Base(), b.row, b.col, viaReal.Base(), viaReal.row, viaReal.col, m, k, n, 1000,
+              work.data(), work.data() + work.size());
+    _vrmmx16c(a.Base(), a.row, a.col, b.Base(), b.row, b.col, direct.Base(), direct.row, direct.col, m, k, n,
+              0x0F100F10);
+    ExpectProduct(a, b, viaReal, 4);
+    ExpectProduct(a, b, direct);
+    EXPECT_NE(0, std::memcmp(viaReal.data.data(), direct.data.data(), direct.data.size() * sizeof(Cx<double>)));
+}
+
+// Through the dispatcher at 1201 on each side: the default cut-off, a cut-off of 300, and
+// none at all, which is the conventional kernel bit for bit. REAL(8) by INTEGER(2) is
+// never Strassen. Integers are exact either way.
+TEST(Strassen, DispatcherAt1201) {
+    if (kTarget) GTEST_SKIP() << "too slow under emulation; the recursion is checked directly above";
+    std::mt19937_64 random(9);
+    const int32_t size = 1201;
+    Matrix<double> a(size, size, Matrix<double>::kColumnMajor), b(size, size, Matrix<double>::kColumnMajor);
+    a.Fill(random);
+    b.Fill(random);
+    Array ad = a.Descriptor(), bd = b.Descriptor();
+    auto product = [&](Dispatcher entry, const void* left, const void* right, const Array& ld, const Array& rd,
+                       int32_t cutoff, int32_t has) {
+        Matrix<double> c(size, size, Matrix<double>::kColumnMajor);
+        Array cd = c.Descriptor();
+        ResultRecord result = ResultFor(cd.rtd, c.Base());
+        entry(&result, left, right, cutoff, ld.rtd, rd.rtd, has);
+        return c;
+    };
+    Matrix<double> plain = product(_vrmmr8, a.Base(), b.Base(), ad, bd, 1, 0);
+    std::uniform_int_distribution<int32_t> index(0, size - 1);
+    for (int sample = 0; sample < 200; ++sample) {
+        int32_t i = sample < 100 ? size / 2 : index(random), j = sample < 100 ? index(random) : size / 2;
+        ASSERT_EQ(plain.At(i, j), (ReferenceElement<double, double, double>(a, b, i, j)));
+    }
+    for (int32_t cutoff : {1, 300}) {
+        Matrix<double> fast = product(_vrmmr8, a.Base(), b.Base(), ad, bd, cutoff, 1);
+        double worst = 0;
+        for (size_t e = 0; e < fast.data.size(); ++e) worst = std::max(worst, std::fabs(fast.data[e] - plain.data[e]));
+        EXPECT_GT(worst, 0.0) << "the recursion ran";
+        EXPECT_LT(worst, 16.0 * size * size * 0x1p-52) << "cut-off " << cutoff;
+        // Row m2 and column n2, where the halves overlap.
+        for (int32_t t = 0; t < size; ++t) {
+            ASSERT_NEAR(fast.At(size / 2, t), plain.At(size / 2, t), 16.0 * size * size * 0x1p-52);
+            ASSERT_NEAR(fast.At(t, size / 2), plain.At(t, size / 2), 16.0 * size * size * 0x1p-52);
+        }
+    }
+    Matrix<int16_t> small(size, size, Matrix<int16_t>::kColumnMajor);
+    small.Fill(random);
+    Array sd = small.Descriptor();
+    Matrix<double> mixed = product(_vrmmr8, a.Base(), small.Base(), ad, sd, 1, 1);
+    for (int sample = 0; sample < 100; ++sample) {
+        int32_t i = index(random), j = index(random);
+        ASSERT_EQ(mixed.At(i, j), (ReferenceElement<double, double, int16_t>(a, small, i, j)));
+    }
+
+    Matrix<int32_t> ia(size, size, Matrix<int32_t>::kColumnMajor), ib(size, size, Matrix<int32_t>::kTransposed);
+    ia.Fill(random);
+    ib.Fill(random);
+    Array iad = ia.Descriptor(), ibd = ib.Descriptor();
+    Matrix<int32_t> ic(size, size, Matrix<int32_t>::kColumnMajor);
+    Array icd = ic.Descriptor();
+    ResultRecord result = ResultFor(icd.rtd, ic.Base());
+    _vrmmi4(&result, ia.Base(), ib.Base(), 1, iad.rtd, ibd.rtd, 1);
+    for (int sample = 0; sample < 300; ++sample) {
+        int32_t i = sample < 100 ? size / 2 : index(random), j = sample < 200 ? index(random) : size / 2;
+        ASSERT_EQ(ic.At(i, j), (ReferenceElement<int32_t, int32_t, int32_t>(ia, ib, i, j)));
+    }
 }
 
 }  // namespace
