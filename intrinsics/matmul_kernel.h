@@ -45,7 +45,12 @@ struct Lanes<Acc, std::enable_if_t<std::is_arithmetic_v<Acc>>> {
     typedef Acc V __attribute__((vector_size(32)));
     static constexpr int kCount = 32 / sizeof(Acc);
     static constexpr int kColumns = 4;
-    static V Broadcast(Acc x) { return V{} + x; }
+    // Lane by lane: V{} + x would also turn -0 into +0.
+    static V Broadcast(Acc x) {
+        V v;
+        for (int l = 0; l < kCount; ++l) v[l] = x;
+        return v;
+    }
     static V Load(const Acc* p) {
         V v;
         std::memcpy(&v, p, sizeof v);
@@ -150,28 +155,44 @@ private:
                 }
             }
         }
-        for (ptrdiff_t i0 = 0; i0 < m; i0 += mb) {
+        auto rowBlock = [&](ptrdiff_t i0, ptrdiff_t p0, ptrdiff_t columns, ptrdiff_t columnsEnd) {
             ptrdiff_t mc = std::min(mb, m - i0);
-            for (ptrdiff_t p0 = 0; p0 < k; p0 += kb) {
-                ptrdiff_t kc = std::min(kb, k - p0);
-                const TA* aBlock = a_ + i0 * f_.aRow + p0 * f_.aCol;
-                if (packA) PackA(aBlock, mc, kc, buffer);
-                for (ptrdiff_t j0 = 0; j0 < n; j0 += nb) {
-                    ptrdiff_t nc = std::min(nb, n - j0);
-                    const TB* bBlock = b_ + p0 * f_.bRow + j0 * f_.bCol;
-                    BlockB bView{bBlock, f_.bRow, f_.bCol};
-                    if (packB) {
-                        PackB(bBlock, kc, nc, kb, bufferB);
-                        bView = {bufferB, 1, kb};
-                    }
-                    C* cBlock = c_ + i0 * f_.cRow + j0 * f_.cCol;
-                    if (packA) {
-                        MultiplyBlock(PackedA{buffer, kc}, bView, cBlock, mc, kc, nc, p0 == 0);
-                    } else {
-                        MultiplyBlock(StridedA{aBlock, f_.aRow, f_.aCol, mc}, bView, cBlock, mc, kc, nc, p0 == 0);
-                    }
+            ptrdiff_t kc = std::min(kb, k - p0);
+            const TA* aBlock = a_ + i0 * f_.aRow + p0 * f_.aCol;
+            if (packA) PackA(aBlock, mc, kc, buffer);
+            for (ptrdiff_t j0 = columns; j0 < columnsEnd; j0 += nb) {
+                ptrdiff_t nc = std::min(nb, columnsEnd - j0);
+                const TB* bBlock = b_ + p0 * f_.bRow + j0 * f_.bCol;
+                BlockB bView{bBlock, f_.bRow, f_.bCol};
+                if (packB) {
+                    PackB(bBlock, kc, nc, kb, bufferB);
+                    bView = {bufferB, 1, kb};
+                }
+                C* cBlock = c_ + i0 * f_.cRow + j0 * f_.cCol;
+                if (packA) {
+                    MultiplyBlock(PackedA{buffer, kc}, bView, cBlock, mc, kc, nc, p0 == 0);
+                } else {
+                    MultiplyBlock(StridedA{aBlock, f_.aRow, f_.aCol, mc}, bView, cBlock, mc, kc, nc, p0 == 0);
                 }
             }
+        };
+        if (L::kCount > 1 && packA) {
+            // With vector tiles B is what streams: every row block reads all of it, and
+            // from memory once B outgrows the last cache. So K blocks go outermost and
+            // columns are taken in sweeps whose K block stays in a second-level cache
+            // (16 data caches' worth), read from there by every row block. Only the
+            // visiting order changes: each element still sums its K terms in order.
+            ptrdiff_t sweep = std::max<ptrdiff_t>(16 * static_cast<ptrdiff_t>(params_.size) / (kb * lenB), 1);
+            sweep = RoundUp(sweep, std::min(nb, n));
+            for (ptrdiff_t p0 = 0; p0 < k; p0 += kb) {
+                for (ptrdiff_t j0 = 0; j0 < n; j0 += sweep) {
+                    for (ptrdiff_t i0 = 0; i0 < m; i0 += mb) rowBlock(i0, p0, j0, std::min(n, j0 + sweep));
+                }
+            }
+            return;
+        }
+        for (ptrdiff_t i0 = 0; i0 < m; i0 += mb) {
+            for (ptrdiff_t p0 = 0; p0 < k; p0 += kb) rowBlock(i0, p0, 0, n);
         }
     }
 

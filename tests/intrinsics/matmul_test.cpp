@@ -226,13 +226,16 @@ TEST(Matmul, ComplexMembersWithinRounding) {
     CheckMember<Cx<DD>, Cx<double>, Cx<float>, DD, double, float, int64_t, int32_t, int16_t, int8_t>(_vrmmx32);
 }
 
-// B stored transposed with a long row stride: both operands are packed.
-TEST(Matmul, PackedTransposedOperand) {
+// B stored transposed with a long row stride: both operands are packed. Then several K
+// blocks and column sweeps of a packed product.
+TEST(Matmul, PackedBlocksAndSweeps) {
     std::mt19937_64 random(3);
     CheckMatmul<double, double, double>(_vrmmr8, 40, 50, 300, Matrix<double>::kColumnMajor,
                                         Matrix<double>::kTransposed, random);
     CheckMatmul<float, float, int16_t>(_vrmmr4, 45, 230, 700, Matrix<float>::kStridedBackward,
                                        Matrix<int16_t>::kTransposed, random);
+    CheckMatmul<double, double, double>(_vrmmr8, 30, 450, 700, Matrix<double>::kColumnMajor,
+                                        Matrix<double>::kColumnMajor, random);
 }
 
 // m + n + k of 216 runs on the caller's thread, 217 through the threaded layer; three
