@@ -5,6 +5,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
 cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench >/dev/null
+# The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
+cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
 records=$(mktemp)
 files=$(mktemp)
@@ -29,11 +31,13 @@ peer=""
 list_peer=""
 reduction_peer=""
 random_peer=""
+matmul_peer=""
 if command -v gfortran >/dev/null; then
   gfortran -O2 bench/peers/records.f90 -o "$peer_dir/records" && peer="$peer_dir/records"
   gfortran -O2 bench/peers/list_write.f90 -o "$peer_dir/list_write" && list_peer="$peer_dir/list_write"
   gfortran -O2 bench/peers/reductions.f90 -o "$peer_dir/reductions" 2>/dev/null && reduction_peer="$peer_dir/reductions"
   gfortran -O2 bench/peers/random.f90 -o "$peer_dir/random" && random_peer="$peer_dir/random"
+  gfortran -O2 bench/peers/matmul.f90 -o "$peer_dir/matmul" && matmul_peer="$peer_dir/matmul"
 fi
 randoms=$(mktemp)
 build/host/bench/random_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
@@ -143,4 +147,30 @@ for label, name in [("ours, one thread", "OneThread"), ("ours, threaded fill", "
 print(f"{'plain loop writing the array':34} {limit:8.2f} {1.0:8.2f}")
 print(f"{'gfortran RANDOM_NUMBER':34} {theirs:8.2f} {theirs / limit:8.2f}")
 PY
+
+# MATMUL: GFLOP/s beside OpenBLAS dgemm and gfortran's intrinsic (one thread).
+if [ -x build/host/bench/matmul_bench ]; then
+  products=$(mktemp)
+  build/host/bench/matmul_bench --benchmark_repetitions=3 --benchmark_report_aggregates_only=true \
+    --benchmark_out="$products" --benchmark_out_format=json >/dev/null 2>&1
+  python3 - "$products" "$matmul_peer" <<'PY'
+import json, subprocess, sys
+products_json, peer = sys.argv[1:3]
+runs = {b["run_name"]: b for b in json.load(open(products_json))["benchmarks"] if b.get("aggregate_name") == "median"}
+gf = lambda name: runs[name + "/real_time"]["GFLOPS"] / 1e9
+theirs = {}
+if peer:
+    theirs = {line.split()[0]: float(line.split()[1]) for line in subprocess.run([peer], check=True, capture_output=True, text=True).stdout.splitlines() if line.strip()}
+print()
+print(f"{'REAL(8) MATMUL, GFLOP/s':24} {'ours 1T':>8} {'ours 2T':>8} {'Strassen 1T':>12} {'Strassen 2T':>12} {'OpenBLAS 1T':>12} {'OpenBLAS 2T':>12} {'gfortran':>9} {'1T/OpenBLAS':>12}")
+for n in (500, 1000, 2000):
+    ours1, ours2 = gf(f"Ours/{n}/1/0"), gf(f"Ours/{n}/2/0")
+    s1 = gf(f"Ours/{n}/1/1") if n == 2000 else float("nan")
+    s2 = gf(f"Ours/{n}/2/1") if n == 2000 else float("nan")
+    blas1, blas2 = gf(f"OpenBlas/{n}/1/0"), gf(f"OpenBlas/{n}/2/0")
+    g = theirs.get(f"matmul_{n}", float("nan"))
+    print(f"{f'n = {n}':24} {ours1:8.1f} {ours2:8.1f} {s1:12.1f} {s2:12.1f} {blas1:12.1f} {blas2:12.1f} {g:9.1f} {ours1 / blas1:12.2f}")
+PY
+  rm -f "$products"
+fi
 rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"
