@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds the host, sanitizer, thread-sanitizer and PowerPC
-# configurations, and
-# runs every test of each (the PowerPC ones under qemu). Exits non-zero on any failure.
+# configurations, and runs every test of each (the thread-sanitizer one: the threaded
+# intrinsics; the PowerPC ones under qemu). Exits non-zero on any failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
