@@ -14,6 +14,10 @@
 #include <cstring>
 #include <type_traits>
 
+#if defined(__AVX__)
+#include <immintrin.h>
+#endif
+
 #include "intrinsics/matmul_arith.h"
 #include "intrinsics/matmul_cache.h"
 
@@ -40,8 +44,17 @@ struct Lanes {
 };
 
 #if defined(__AVX__)
+// Floating-point lanes need the fused multiply-add instruction: an unfused one would
+// round each product.
 template <typename Acc>
-struct Lanes<Acc, std::enable_if_t<std::is_arithmetic_v<Acc>>> {
+constexpr bool kVectorLanes = std::is_integral_v<Acc>
+#if defined(__FMA__)
+                              || std::is_same_v<Acc, float> || std::is_same_v<Acc, double>
+#endif
+    ;
+
+template <typename Acc>
+struct Lanes<Acc, std::enable_if_t<kVectorLanes<Acc>>> {
     typedef Acc V __attribute__((vector_size(32)));
     static constexpr int kCount = 32 / sizeof(Acc);
     static constexpr int kColumns = 4;
@@ -57,6 +70,13 @@ struct Lanes<Acc, std::enable_if_t<std::is_arithmetic_v<Acc>>> {
         return v;
     }
     static void Store(Acc* p, const V& v) { std::memcpy(p, &v, sizeof v); }
+    static V MulAdd(const V& a, const V& b, const V& s) {
+#if defined(__FMA__)
+        if constexpr (std::is_same_v<Acc, double>) return _mm256_fmadd_pd(a, b, s);
+        if constexpr (std::is_same_v<Acc, float>) return _mm256_fmadd_ps(a, b, s);
+#endif
+        return a * b + s;  // integers, which wrap
+    }
 };
 #endif
 
@@ -273,11 +293,9 @@ private:
         }
     }
 
-    // Vector lanes are fused by the compiler (the kernels are built with contraction on);
-    // a scalar goes through the type's own multiply-add.
     static V MulAdd(const V& a, const V& b, const V& s) {
         if constexpr (L::kCount == 1) return Math::MulAdd(a, b, s);
-        else return a * b + s;
+        else return L::MulAdd(a, b, s);
     }
 
     static ptrdiff_t Abs(ptrdiff_t x) { return x < 0 ? -x : x; }
