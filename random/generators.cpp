@@ -1,10 +1,5 @@
-// RANDOM_NUMBER and RANDOM_SEED: two multiplicative congruential generators.
-//
-// Generator 1: x' = 16807 x mod (2^31 - 1); the harvest is x' / (2^31 - 1).
-// Generator 2: x' = 44485709377909 x mod 2^48; the harvest is x' / 2^48.
-// Harvests are rounded toward zero, so that no value reaches 1. The step is done in exact
-// integer arithmetic, which yields the same states as the floating-point scheme with
-// fused multiply-adds under rounding toward zero, on any machine.
+// RANDOM_NUMBER and RANDOM_SEED: the seed records, the fill routines over a harvest of any
+// rank and stride, and the threaded fill of long harvests.
 #include <pthread.h>
 #include <unistd.h>
 
@@ -18,14 +13,10 @@
 
 #include "core/export.h"
 #include "intrinsics/frame.h"
+#include "random/kernel_modules.h"
 #include "vrn90.h"
 
 namespace {
-
-constexpr uint64_t kModulus1 = (uint64_t{1} << 31) - 1;
-constexpr uint64_t kMultiplier1 = 16807;
-constexpr uint64_t kMask2 = (uint64_t{1} << 48) - 1;
-constexpr uint64_t kMultiplier2 = 44485709377909u;
 
 // The 32-byte seed record: one for the process, one per thread for the threaded interface.
 struct SeedRecord {
@@ -85,103 +76,17 @@ int32_t GetSeed(SeedRecord& record, double* seed) {
     return record.seedCount[slot];
 }
 
-// ---- The generators ----
-
-struct Generator1 {
-    static constexpr uint64_t kMultiplier = kMultiplier1;
-    // x y mod (2^31 - 1) for x, y below the modulus: the product is below 2^62.
-    static uint64_t Multiply(uint64_t x, uint64_t y) {
-        uint64_t product = x * y;
-        uint64_t folded = (product & kModulus1) + (product >> 31);
-        folded = (folded & kModulus1) + (folded >> 31);
-        return folded >= kModulus1 ? folded - kModulus1 : folded;
-    }
-    // x / (2^31 - 1) rounded toward zero. x times the rounded reciprocal is within an
-    // ulp or so; the exact remainders that fused multiply-adds give pick the neighbour
-    // that is the truncated quotient, without a branch.
-    static double Harvest(uint64_t x) {
-        const double m = static_cast<double>(kModulus1);
-        const double inverse = 1.0 / m;
-        double value = static_cast<double>(x);
-        double q = value * inverse;
-        uint64_t bits;
-        std::memcpy(&bits, &q, sizeof bits);
-        double up;
-        uint64_t upBits = bits + 1;
-        std::memcpy(&up, &upBits, sizeof up);
-        // Both tests computed, their truth added: data-dependent branches would mispredict.
-        bits += static_cast<uint64_t>(std::fma(up, m, -value) <= 0) - static_cast<uint64_t>(std::fma(q, m, -value) > 0);
-        std::memcpy(&q, &bits, sizeof q);
-        return q;
-    }
-    static uint64_t Reduce(uint64_t state) { return state % kModulus1; }
-};
-
-struct Generator2 {
-    static constexpr uint64_t kMultiplier = kMultiplier2;
-    static uint64_t Multiply(uint64_t x, uint64_t y) { return (x * y) & kMask2; }
-    static double Harvest(uint64_t x) { return static_cast<double>(x) * 0x1p-48; }
-    static uint64_t Reduce(uint64_t state) { return state & kMask2; }
-};
-
-// x times a^n: squares of the multiplier, one bit of n at a time.
-template <typename G>
-uint64_t Skip(uint64_t x, uint64_t n) {
-    uint64_t square = G::kMultiplier;
-    for (; n != 0; n >>= 1) {
-        if (n & 1) x = G::Multiply(x, square);
-        square = G::Multiply(square, square);
-    }
-    return x;
-}
-
-// a^1 to a^8, for eight independent steps from one state.
-template <typename G>
-struct Powers {
-    uint64_t value[8];
-    Powers() {
-        value[0] = G::kMultiplier;
-        for (int k = 1; k < 8; ++k) value[k] = G::Multiply(value[k - 1], G::kMultiplier);
-    }
-};
-
-// A state from a seed as the program may have set it: the integer part, reduced.
+// A state from a seed as the program may have set it: the integer part, reduced. A seed
+// that reduces to 0 would stay 0 for ever: it is rewritten through the mask 0x7FFFFFFE
+// with bit 2 forced on, which gives a state in the range of both generators.
 template <typename G>
 uint64_t StateFrom(double seed) {
     double whole = std::trunc(std::fabs(seed));
     if (!(whole < 18446744073709551616.0)) whole = 0;  // NaN or too large
-    return G::Reduce(static_cast<uint64_t>(whole));
-}
-
-// ---- Harvests of each kind ----
-
-template <typename T>
-void StoreHarvest(unsigned char* element, double value);
-
-template <>
-void StoreHarvest<float>(unsigned char* element, double value) {
-    // Toward zero, as the kernels round: one step down when rounding went up. The value
-    // is not negative, so the step is one off the bits.
-    float single = static_cast<float>(value);
-    uint32_t bits;
-    std::memcpy(&bits, &single, sizeof bits);
-    bits -= static_cast<uint32_t>(single > value);
-    std::memcpy(element, &bits, sizeof bits);
-}
-
-template <>
-void StoreHarvest<double>(unsigned char* element, double value) {
-    std::memcpy(element, &value, sizeof value);
-}
-
-// REAL(16): the pair (value, 0).
-struct Quad {
-    double hi, lo;
-};
-template <>
-void StoreHarvest<Quad>(unsigned char* element, double value) {
-    Quad pair{value, 0.0};
-    std::memcpy(element, &pair, sizeof pair);
+    uint64_t integer = static_cast<uint64_t>(whole);
+    uint64_t state = G::Reduce(integer);
+    if (state == 0) state = (integer & 0x7FFFFFFE) | 4;
+    return state;
 }
 
 // The harvest's elements in array element order: extents and byte strides of up to 20
@@ -212,30 +117,31 @@ Layout Describe(const RTD* rtd) {
     return layout;
 }
 
-// One run of n elements `stride` bytes apart, eight independent steps at a time so that
-// the multiplications overlap; the states are those of single steps.
-template <typename T, typename G>
-uint64_t Run(unsigned char* element, int64_t stride, int64_t n, uint64_t x, const Powers<G>& powers) {
-    int64_t i = 0;
-    for (; i + 8 <= n; i += 8) {
-        uint64_t y[8];
-        for (int k = 0; k < 8; ++k) y[k] = G::Multiply(x, powers.value[k]);
-        for (int k = 0; k < 8; ++k, element += stride) StoreHarvest<T>(element, G::Harvest(y[k]));
-        x = y[7];
+// The cut-offs of the serial fill: runs up to this long, or strided more widely, are
+// filled in line.
+constexpr int64_t kInLineLength = 512;
+constexpr int64_t kInLineStride = 4;
+
+// One run of the inner dimension: in line when short or widely strided, else in blocks.
+template <typename Module>
+uint64_t FillRun(unsigned char* element, int64_t stride, int64_t n, uint64_t x, int64_t elementLength) {
+    int64_t elements = stride / elementLength;
+    if (n <= kInLineLength || elements > kInLineStride || elements < -kInLineStride) {
+        return Module::InLine(element, stride, n, x);
     }
-    for (; i < n; ++i, element += stride) {
-        x = G::Multiply(x, G::kMultiplier);
-        StoreHarvest<T>(element, G::Harvest(x));
+    const int64_t block = Module::initialise_rand_f().length;
+    for (int64_t done = 0; done < n; done += block) {
+        x = Module::random_block_f(0, element + done * stride, stride, std::min(block, n - done), x);
     }
     return x;
 }
 
 // Elements first to first + count - 1 in array element order, from the state before
 // element `first`; the state after the last.
-template <typename T, typename G>
+template <typename T, typename Module>
 uint64_t FillRange(const Layout& layout, int64_t first, int64_t count, uint64_t state) {
-    static const Powers<G> powers;
-    if (layout.rank == 0) return Run<T, G>(layout.base, 0, 1, state, powers);
+    constexpr int64_t length = sizeof(T);
+    if (layout.rank == 0) return FillRun<Module>(layout.base, 0, 1, state, length);
     int32_t index[kMaxRank] = {};
     unsigned char* row = layout.base;
     int64_t rest = first;
@@ -246,7 +152,7 @@ uint64_t FillRange(const Layout& layout, int64_t first, int64_t count, uint64_t 
     }
     while (count > 0) {
         int64_t n = std::min<int64_t>(layout.extent[0] - index[0], count);
-        state = Run<T, G>(row + index[0] * layout.stride[0], layout.stride[0], n, state, powers);
+        state = FillRun<Module>(row + index[0] * layout.stride[0], layout.stride[0], n, state, length);
         count -= n;
         index[0] = 0;
         for (int32_t d = 1; d < layout.rank; ++d) {
@@ -268,45 +174,61 @@ int32_t _smp_rand_nthreads() {
     return threads;
 }
 
-template <typename T, typename G>
+// One thread's share of a threaded fill: it skips from the harvest's start state to its
+// first element itself, so that the skips run in parallel too.
+template <typename T, typename Module>
 struct Share {
     const Layout* layout;
     int64_t first, count;
-    uint64_t state;
+    uint64_t start;
 };
 
-template <typename T, typename G>
-void* FillShare(void* argument) {
-    auto* share = static_cast<Share<T, G>*>(argument);
-    FillRange<T, G>(*share->layout, share->first, share->count, share->state);
+template <typename T, typename Module>
+uint64_t _smp_random_skip(const Share<T, Module>& share) {
+    return Module::random_skip_f(static_cast<uint64_t>(share.first), share.start);
+}
+
+template <typename T, typename Module>
+void* _smp_random_block(void* argument) {
+    const auto& share = *static_cast<Share<T, Module>*>(argument);
+    FillRange<T, Module>(*share.layout, share.first, share.count, _smp_random_skip(share));
     return nullptr;
 }
 
-// Long harvests are split into one share per thread; each share starts from the state
-// skipped ahead to its first element, so the numbers are those of the serial fill.
-template <typename T, typename G>
-uint64_t Fill(const Layout& layout, uint64_t state) {
+// Long harvests are split into one share per thread, each a whole number of cache lines'
+// worth of elements when contiguous; the numbers are those of the serial fill.
+template <typename T, typename Module>
+uint64_t _smp_vrdrand(const Layout& layout, uint64_t state) {
     constexpr int kMaxThreads = 256;
-    if (layout.count <= 0x7FF) return FillRange<T, G>(layout, 0, layout.count, state);
     int32_t threads = std::min(_smp_rand_nthreads(), kMaxThreads);
-    if (layout.count <= int64_t{threads} * 2048 - 1 || threads < 2) return FillRange<T, G>(layout, 0, layout.count, state);
-    Share<T, G> shares[kMaxThreads];
+    Share<T, Module> shares[kMaxThreads];
     pthread_t ids[kMaxThreads];
     bool started[kMaxThreads] = {};
+    const int64_t unit = std::max<int64_t>((int64_t{1} << Module::initialise_rand_f().shift) / sizeof(T), 1);
     int64_t each = (layout.count + threads - 1) / threads;
+    if (each > unit) each = (each + unit - 1) / unit * unit;
     for (int32_t t = 0; t < threads; ++t) {
         int64_t first = std::min(layout.count, t * each);
-        shares[t] = {&layout, first, std::min(each, layout.count - first), Skip<G>(state, static_cast<uint64_t>(first))};
-        started[t] = t > 0 && pthread_create(&ids[t], nullptr, FillShare<T, G>, &shares[t]) == 0;
+        shares[t] = {&layout, first, std::min(each, layout.count - first), state};
+        started[t] = t > 0 && shares[t].count > 0 &&
+                     pthread_create(&ids[t], nullptr, _smp_random_block<T, Module>, &shares[t]) == 0;
     }
     // This thread takes the first share, and any share whose thread could not start.
     for (int32_t t = 0; t < threads; ++t) {
-        if (!started[t]) FillShare<T, G>(&shares[t]);
+        if (!started[t] && shares[t].count > 0) _smp_random_block<T, Module>(&shares[t]);
     }
     for (int32_t t = 1; t < threads; ++t) {
         if (started[t]) pthread_join(ids[t], nullptr);
     }
-    return Skip<G>(state, static_cast<uint64_t>(layout.count));
+    return Module::random_skip_f(static_cast<uint64_t>(layout.count), state);
+}
+
+template <typename T, typename Module>
+uint64_t Fill(const Layout& layout, uint64_t state) {
+    if (layout.count > 0x7FF && layout.count > int64_t{_smp_rand_nthreads()} * 2048 - 1 && _smp_rand_nthreads() > 1) {
+        return _smp_vrdrand<T, Module>(layout, state);
+    }
+    return FillRange<T, Module>(layout, 0, layout.count, state);
 }
 
 template <typename T>
@@ -316,8 +238,8 @@ void RandomNumber(const void* harvest) {
     int32_t generator = _smp_vrrnopt(&zero);
     double seed;
     _smp_vrrnget(&seed);
-    uint64_t state = generator == 1 ? Fill<T, Generator1>(layout, StateFrom<Generator1>(seed))
-                                    : Fill<T, Generator2>(layout, StateFrom<Generator2>(seed));
+    uint64_t state = generator == 1 ? Fill<T, KernelModule<T, Generator1>>(layout, StateFrom<Generator1>(seed))
+                                    : Fill<T, KernelModule<T, Generator2>>(layout, StateFrom<Generator2>(seed));
     double stored = static_cast<double>(state);
     int32_t one = 1;
     _vrrnput_combined(&stored, &one);

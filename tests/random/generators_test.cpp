@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "random/kernel_modules.h"
 #include "tests/intrinsics/arrays.h"
 #include "tests/support/fortran.h"
 
@@ -135,6 +136,8 @@ TEST(RandomNumbers, ArrayFillsGiveTheElementsOneAtATime) {
                 shapes.push_back({{n}, {2}});
                 shapes.push_back({{n}, {-1}});
             }
+            for (int32_t stride : {4, 5, -4}) shapes.push_back({{600}, {stride}});  // the stride limit
+            shapes.push_back({{40000}, {1}});  // shares of several blocks, and an empty one
             shapes.push_back({{7, 5}, {1, 7}});
             shapes.push_back({{7, 5}, {5, 1}});      // the transposed walk
             shapes.push_back({{3, 4, 600}, {-1, 3, 12}});
@@ -164,6 +167,68 @@ TEST(RandomNumbers, ArrayFillsGiveTheElementsOneAtATime) {
                     ASSERT_GT(std::nextafter(single[i], 2.0f), value);
                     ASSERT_LT(single[i], 1.0f);
                 }
+            }
+        });
+    }
+}
+
+// A contiguous run reaches a 128-byte line one element at a time and then goes eight at
+// a time: every starting alignment gives the numbers of single steps.
+TEST(RandomNumbers, EveryAlignmentOfALongRun) {
+    OnFreshThread([] {
+        std::vector<double> buffer(800);
+        for (int32_t offset = 0; offset < 18; ++offset) {
+            double seed;
+            _smp_vrrnget(&seed);
+            Array rtd({700}, 8, RTD_TYPE_REAL);
+            rtd.rtd->base_ptr = reinterpret_cast<uintptr_t>(buffer.data() + offset);
+            _vrdrand(rtd.rtd);
+            int32_t one = 1;
+            _smp_vrrnput(&seed, &one);
+            for (int32_t i = 0; i < 700; ++i) ASSERT_EQ(buffer[offset + i], Scalar()) << offset << " " << i;
+        }
+    });
+}
+
+// The kernels' tables hold the powers the sequences are defined by, and both skips land
+// where single steps do.
+TEST(RandomNumbers, SkippingTables) {
+    const uint64_t squares2[] = {44485709377909u, 232253848878969u, 243522309605169u, 183663036741473u,
+                                 84667698696897u,  93578557994369u,  247908122798849u, 84725635634689u};
+    const uint64_t powers2[] = {44485709377909u,  232253848878969u, 94800993741645u,  243522309605169u,
+                                20783065360997u,  154093299791145u, 161954398135485u, 183663036741473u};
+    const uint64_t squares1[] = {16807, 282475249, 984943658, 1457850878, 1137522503, 1636807826};
+    for (int k = 0; k < 8; ++k) {
+        EXPECT_EQ(_hpf_random_module2d::kSkip.value[k], squares2[k]);
+        EXPECT_EQ(_hpf_random_module2r::kPowers.value[k], powers2[k]);
+    }
+    for (int k = 0; k < 6; ++k) EXPECT_EQ(_hpf_random_module1q::kSkip.value[k], squares1[k]);
+    uint64_t x1 = 12345, x2 = 12345;
+    for (uint64_t n = 0; n < 3000; ++n) {
+        EXPECT_EQ(_hpf_random_module1d::random_skip_f(n, 12345), x1);
+        EXPECT_EQ(_hpf_random_module1d::power_a(n, 12345), x1);
+        EXPECT_EQ(_hpf_random_module2d::random_skip_f(n, 12345), x2);
+        EXPECT_EQ(_hpf_random_module2q::power_a(n, 12345), x2);
+        x1 = Reference1(x1);
+        x2 = Reference2(x2);
+    }
+}
+
+// A seed that reduces to 0 would give zeros for ever: it is rewritten to a live state,
+// (seed AND 0x7FFFFFFE) OR 4.
+TEST(RandomNumbers, ASeedOfZeroIsMadeLive) {
+    for (int32_t generator : {1, 2}) {
+        OnFreshThread([generator] {
+            int32_t choice = generator, one = 1;
+            _smp_vrrnopt(&choice);
+            const double dead = generator == 1 ? 2147483647.0 : 0x1p48, live = generator == 1 ? 2147483646.0 : 4.0;
+            for (double seed : {0.0, dead}) {
+                _smp_vrrnput(&seed, &one);
+                double first = Scalar();
+                EXPECT_GT(first, 0.0);
+                double fixed = seed == 0.0 ? 4.0 : live;
+                _smp_vrrnput(&fixed, &one);
+                EXPECT_EQ(Scalar(), first) << generator << " " << seed;
             }
         });
     }
