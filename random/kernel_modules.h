@@ -13,22 +13,28 @@ struct Quad {
     double hi, lo;
 };
 
+// Harvests are computed in doubles rounded toward zero; a REAL(4) harvest is that value
+// narrowed in the same mode, and a REAL(16) one the pair (value, 0).
 template <typename T>
 void StoreHarvest(unsigned char* element, double value) {
     if constexpr (sizeof(T) == 4) {
-        // Toward zero, as the kernels round: one step down when rounding went up. The
-        // value is not negative, so the step is one off the bits.
         float single = static_cast<float>(value);
-        uint32_t bits;
-        std::memcpy(&bits, &single, sizeof bits);
-        bits -= static_cast<uint32_t>(single > value);
-        std::memcpy(element, &bits, sizeof bits);
+        std::memcpy(element, &single, sizeof single);
     } else if constexpr (sizeof(T) == 8) {
         std::memcpy(element, &value, sizeof value);
     } else {
         Quad pair{value, 0.0};
         std::memcpy(element, &pair, sizeof pair);
     }
+}
+
+template <typename T>
+void StoreHarvests(unsigned char* element, int64_t stride, Lanes4 values) {
+    if (sizeof(T) == 8 && stride == 8) {
+        std::memcpy(element, &values, sizeof values);
+        return;
+    }
+    for (int l = 0; l < 4; ++l, element += stride) StoreHarvest<T>(element, values[l]);
 }
 
 // What initialise_rand_f gives the fills: the length of a block of the serial block path
@@ -86,31 +92,56 @@ struct KernelModule {
         else return {0x2000, 9, 17};
     }
 
+    // The multipliers a to a^8 as the double step takes them.
+    struct LaneTable {
+        Lanes4 low, high;  // a to a^4, a^5 to a^8
+        double single;
+        LaneTable() : low(), high(), single(G::Factor(G::kMultiplier)) {
+            for (int l = 0; l < 4; ++l) {
+                low[l] = G::Factor(kPowers.value[l]);
+                high[l] = G::Factor(kPowers.value[l + 4]);
+            }
+        }
+    };
+    static const LaneTable& Lanes() {
+        static const LaneTable table;
+        return table;
+    }
+
+    // One element from the state x; the new state. Rounding must be toward zero.
+    static uint64_t Single(unsigned char* element, uint64_t x) {
+        double harvest;
+        double s = G::Step(static_cast<double>(x), Lanes().single, harvest);
+        StoreHarvest<T>(element, harvest);
+        return static_cast<uint64_t>(s);
+    }
+
     // n elements `stride` bytes apart from the state x; the state after the last. A
     // contiguous run first reaches a 128-byte line boundary one element at a time (a
     // whole line when it starts on one), then goes eight independent steps at a time, so
     // that the multiplications overlap; the states are those of single steps.
     static uint64_t random_sequence(unsigned char* element, int64_t stride, int64_t n, uint64_t x) {
+        TowardZeroScope rounding;
+        const LaneTable& lanes = Lanes();
         int64_t single = 0;
         if (stride == static_cast<int64_t>(sizeof(T))) {
             auto address = reinterpret_cast<uintptr_t>(element);
             single = static_cast<int64_t>((128 - address % 128) / sizeof(T));
         }
         int64_t i = 0;
-        for (; i < n && i < single; ++i, element += stride) {
-            x = G::Multiply(x, G::kMultiplier);
-            StoreHarvest<T>(element, G::Harvest(x));
-        }
+        for (; i < n && i < single; ++i, element += stride) x = Single(element, x);
+        // The lanes only harvest: the state goes on by one integer step of a^8, which is
+        // a shorter chain from group to group than the lanes' own.
         for (; i + 8 <= n; i += 8) {
-            uint64_t y[8];
-            for (int k = 0; k < 8; ++k) y[k] = G::Multiply(x, kPowers.value[k]);
-            for (int k = 0; k < 8; ++k, element += stride) StoreHarvest<T>(element, G::Harvest(y[k]));
-            x = y[7];
+            Lanes4 state = static_cast<double>(x) + Lanes4{}, low, high;
+            G::Step(state, lanes.low, low);
+            G::Step(state, lanes.high, high);
+            StoreHarvests<T>(element, stride, low);
+            StoreHarvests<T>(element + 4 * stride, stride, high);
+            element += 8 * stride;
+            x = G::Multiply(x, kPowers.value[7]);
         }
-        for (; i < n; ++i, element += stride) {
-            x = G::Multiply(x, G::kMultiplier);
-            StoreHarvest<T>(element, G::Harvest(x));
-        }
+        for (; i < n; ++i, element += stride) x = Single(element, x);
         return x;
     }
 
@@ -122,16 +153,15 @@ struct KernelModule {
     // The in-line loop of short or widely strided runs: n mod 4 elements singly, then four
     // at a time with a to a^4 on one state.
     static uint64_t InLine(unsigned char* element, int64_t stride, int64_t n, uint64_t x) {
+        TowardZeroScope rounding;
+        const LaneTable& lanes = Lanes();
         int64_t i = 0;
-        for (; i < n % 4; ++i, element += stride) {
-            x = G::Multiply(x, G::kMultiplier);
-            StoreHarvest<T>(element, G::Harvest(x));
-        }
-        for (; i < n; i += 4) {
-            uint64_t y[4];
-            for (int k = 0; k < 4; ++k) y[k] = G::Multiply(x, kPowers.value[k]);
-            for (int k = 0; k < 4; ++k, element += stride) StoreHarvest<T>(element, G::Harvest(y[k]));
-            x = y[3];
+        for (; i < n % 4; ++i, element += stride) x = Single(element, x);
+        for (; i < n; i += 4, element += 4 * stride) {
+            Lanes4 harvests;
+            G::Step(static_cast<double>(x) + Lanes4{}, lanes.low, harvests);
+            StoreHarvests<T>(element, stride, harvests);
+            x = G::Multiply(x, kPowers.value[3]);
         }
         return x;
     }
