@@ -157,7 +157,7 @@ if [ -x build/host/bench/matmul_bench ]; then
 import json, subprocess, sys
 products_json, peer = sys.argv[1:3]
 runs = {b["run_name"]: b for b in json.load(open(products_json))["benchmarks"] if b.get("aggregate_name") == "median"}
-gf = lambda name: runs[name + "/real_time"]["GFLOPS"] / 1e9
+gf = lambda name: runs[name + "/real_time"]["GFLOPS"]
 theirs = {}
 if peer:
     theirs = {line.split()[0]: float(line.split()[1]) for line in subprocess.run([peer], check=True, capture_output=True, text=True).stdout.splitlines() if line.strip()}
