@@ -117,16 +117,31 @@ Layout Describe(const RTD* rtd) {
     return layout;
 }
 
-// The cut-offs of the serial fill: runs up to this long, or strided more widely, are
-// filled in line.
-constexpr int64_t kInLineLength = 512;
-constexpr int64_t kInLineStride = 4;
+// The machine class the serial fill's cut-offs are chosen by; this build is class 3.
+int32_t _vr_architecture() { return 3; }
+
+// Runs up to `length` long, or strided more widely than `stride` elements, are filled in
+// line; the others in blocks, where the class has a block path.
+struct FillLimits {
+    int64_t length;
+    int64_t stride;
+    bool blocks;
+};
+
+FillLimits LimitsOf(int32_t architecture) {
+    switch (architecture) {
+    case 0: return {999, 0, false};
+    case 1: return {4096, 4, true};
+    default: return {512, 4, true};
+    }
+}
 
 // One run of the inner dimension: in line when short or widely strided, else in blocks.
 template <typename Module>
 uint64_t FillRun(unsigned char* element, int64_t stride, int64_t n, uint64_t x, int64_t elementLength) {
+    static const FillLimits limits = LimitsOf(_vr_architecture());
     int64_t elements = stride / elementLength;
-    if (n <= kInLineLength || elements > kInLineStride || elements < -kInLineStride) {
+    if (n <= limits.length || elements > limits.stride || elements < -limits.stride || !limits.blocks) {
         return Module::InLine(element, stride, n, x);
     }
     const int64_t block = Module::initialise_rand_f().length;
