@@ -4,6 +4,8 @@
 // the tokens, empty options allowed. Every error ends the program with its message: there
 // is no recovery and no skipping to the next option, and the block changes only when the
 // whole text is good.
+#include <pthread.h>
+
 #include <cctype>
 #include <cerrno>
 #include <climits>
@@ -399,6 +401,14 @@ void SetOldOptions(GlobalContext* global) {
                    std::toupper(static_cast<unsigned char>(value[2])) == 'S';
         global->options.optCnvErr = yes ? 1 : 0;
     }
+}
+
+int32_t GetRTEOptsFromAnyThread(int32_t key) {
+    static pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+    pthread_mutex_lock(&mutex);
+    int32_t value = _vrnGetRTEOpts(key);
+    pthread_mutex_unlock(&mutex);
+    return value;
 }
 
 VRN_EXPORT int32_t _vrnGetRTEOpts(int32_t key) {

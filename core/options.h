@@ -83,3 +83,7 @@ void SetOldOptions(GlobalContext* global);
 void AddUnitRange(UnitRange** list, uint32_t* count, uint32_t* capacity, UnitRange* range);
 // Stores omp_get_thread_num for message prefixes; 0 (and message 232) without one.
 int32_t ResolveThreadNumFunc();
+
+// _vrnGetRTEOpts for the re-entrant layers (MATMUL, random numbers), whose threads may ask
+// at the same moment: the first asks start the run-time once between them.
+int32_t GetRTEOptsFromAnyThread(int32_t key);

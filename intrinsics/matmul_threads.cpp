@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "vrn90.h"
+#include "core/options.h"
 
 namespace {
 
@@ -34,7 +34,7 @@ void* RunTask(void* argument) {
 }  // namespace
 
 int32_t get_num_threads() {
-    int32_t count = _vrnGetRTEOpts(kIntrinsicThreadsOption);
+    int32_t count = GetRTEOptsFromAnyThread(kIntrinsicThreadsOption);
     if (count > 0) return count;
     long online = sysconf(_SC_NPROCESSORS_ONLN);
     return online < 2 ? 1 : static_cast<int32_t>(online);

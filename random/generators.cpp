@@ -12,6 +12,7 @@
 #include <new>
 
 #include "core/export.h"
+#include "core/options.h"
 #include "intrinsics/frame.h"
 #include "random/kernel_modules.h"
 #include "vrn90.h"
@@ -263,7 +264,7 @@ void RandomNumber(const void* harvest) {
 }  // namespace
 
 VRN_EXPORT int32_t get_default_generator() {
-    return _vrnGetRTEOpts(VRN_KEY_RANDOM) == VRN_KEY_GENERATOR2 ? 2 : 1;
+    return GetRTEOptsFromAnyThread(VRN_KEY_RANDOM) == VRN_KEY_GENERATOR2 ? 2 : 1;
 }
 
 VRN_EXPORT int32_t _vrrnopt(const int32_t* generator) { return ChooseGenerator(processRecord, generator); }
