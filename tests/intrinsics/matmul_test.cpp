@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <random>
+#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -254,6 +255,19 @@ TEST_F(MatmulThreads, BoundaryAndSlices) {
                                                   Matrix<int8_t>::kColumnMajor, random);
         }
     }
+}
+
+// Two program threads whose first library call is a threaded MATMUL: the option read
+// that starts the run-time happens once between them.
+TEST_F(MatmulThreads, TwoProgramThreadsStartTheRunTime) {
+    auto product = [](uint64_t seed) {
+        std::mt19937_64 random(seed);
+        CheckMatmul<double, double, double>(_vrmmr8, 90, 80, 70, Matrix<double>::kColumnMajor,
+                                            Matrix<double>::kColumnMajor, random);
+    };
+    std::thread first(product, 1), second(product, 2);
+    first.join();
+    second.join();
 }
 
 // Vector-matrix and matrix-vector shapes: the rank-1 operand and result have one stride.
