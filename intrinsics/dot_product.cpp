@@ -25,11 +25,6 @@ Vectors Read(const void* a, const void* b, const RTDArray* aRtd, const RTDArray*
             da.extent < 0 ? 0 : da.extent};
 }
 
-uint32_t OperandCode(const RTDArray* rtd) {
-    uint32_t type = rtd->header.data_type == RTD_TYPE_BYTE ? RTD_TYPE_INTEGER : rtd->header.data_type;
-    return type << 8 | static_cast<uint32_t>(EffectiveLength(rtd) & 0xFF);
-}
-
 template <typename T>
 T Element(const char* base, ptrdiff_t index, ptrdiff_t stride) {
     T value;
@@ -92,7 +87,7 @@ typename Arith<C>::Acc Accumulate(const Vectors& v) {
 template <typename C, typename... Other>
 typename Arith<C>::Acc Dot(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd) {
     const Vectors v = Read(a, b, aRtd, bRtd);
-    const uint32_t code = OperandCode(aRtd) << 16 | OperandCode(bRtd);
+    const uint32_t code = OperandCode(aRtd, EffectiveLength(aRtd)) << 16 | OperandCode(bRtd, EffectiveLength(bRtd));
     auto s = Arith<C>::Zero();
     if (code == PairCode<C, C>()) return Accumulate<C, C, C>(v);
     (void)((code == PairCode<C, Other>() ? (s = Accumulate<C, C, Other>(v), true)
@@ -127,16 +122,13 @@ Out ComplexResult(Part re, Part im) {
 template <typename Result>
 Result Logical(const void* a, const void* b, const RTDArray* aRtd, const RTDArray* bRtd) {
     const Vectors v = Read(a, b, aRtd, bRtd);
-    const ptrdiff_t lenA = EffectiveLength(aRtd), lenB = EffectiveLength(bRtd);
+    const int32_t lenA = EffectiveLength(aRtd), lenB = EffectiveLength(bRtd);
     if (lenA <= 0 || lenB <= 0) return 0;
-#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-    const ptrdiff_t lastA = lenA - 1, lastB = lenB - 1;
-#else
-    const ptrdiff_t lastA = 0, lastB = 0;
-#endif
+    const auto* x = reinterpret_cast<const unsigned char*>(v.a);
+    const auto* y = reinterpret_cast<const unsigned char*>(v.b);
     unsigned char s = 0;
     for (ptrdiff_t i = 0; i < v.extent; ++i) {
-        s |= static_cast<unsigned char>(v.a[i * v.strideA + lastA] & v.b[i * v.strideB + lastB]);
+        s |= static_cast<unsigned char>(TruthByte(x + i * v.strideA, lenA) & TruthByte(y + i * v.strideB, lenB));
     }
     return static_cast<Result>(static_cast<int8_t>(s));
 }

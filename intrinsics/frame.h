@@ -20,15 +20,18 @@ inline int32_t EffectiveLength(const RTD* rtd) {
 }
 inline int32_t EffectiveLength(const RTDArray* rtd) { return EffectiveLength(reinterpret_cast<const RTD*>(rtd)); }
 
-// A logical element of any kind is true when bit 0 of its least significant byte is set.
-inline bool IsTrue(const unsigned char* element, int32_t length) {
+// The least significant byte of a logical element of any kind, which carries its truth.
+inline unsigned char TruthByte(const unsigned char* element, int32_t length) {
 #if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-    return (element[length - 1] & 1) != 0;
+    return element[length - 1];
 #else
     (void)length;
-    return (element[0] & 1) != 0;
+    return element[0];
 #endif
 }
+
+// A logical element is true when bit 0 of that byte is set.
+inline bool IsTrue(const unsigned char* element, int32_t length) { return (TruthByte(element, length) & 1) != 0; }
 
 inline const RTDArray* AsArray(const void* rtd) { return static_cast<const RTDArray*>(rtd); }
 

@@ -10,6 +10,7 @@
 
 #include "convert/double_double.h"
 #include "intrinsics/complex.h"
+#include "vrn90.h"
 
 // Storage types of the elements, by type letter.
 using I1 = int8_t;
@@ -39,6 +40,13 @@ template <> constexpr uint32_t kOperandCode<X32> = 0x0F20;
 template <typename A, typename B>
 constexpr uint32_t PairCode() {
     return kOperandCode<A> << 16 | kOperandCode<B>;
+}
+
+// The half of an operand code a descriptor gives, for an element of `length` bytes; byte
+// counts as integer.
+inline uint32_t OperandCode(const RTDArray* rtd, int32_t length) {
+    uint32_t type = rtd->header.data_type == RTD_TYPE_BYTE ? RTD_TYPE_INTEGER : rtd->header.data_type;
+    return type << 8 | static_cast<uint32_t>(length & 0xFF);
 }
 
 // A value converted to double-double exactly: a 64-bit integer may need both words.

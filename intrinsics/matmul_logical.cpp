@@ -4,16 +4,6 @@
 
 namespace {
 
-// The byte that carries a logical element's truth.
-inline unsigned char TruthByte(const unsigned char* element, ptrdiff_t length) {
-#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-    return element[length - 1];
-#else
-    (void)length;
-    return element[0];
-#endif
-}
-
 template <typename C>
 struct LogicalMember {
     using Type = C;
@@ -24,9 +14,9 @@ struct LogicalMember {
     // at the first step that sets bit 0. A later K block starts from the stored value,
     // so an element already true is not scanned again.
     static void Kernel(const Flat& f, uint32_t code) {
-        const ptrdiff_t lenA = code >> 16 & 0xFF, lenB = code & 0xFF;
+        const int32_t lenA = code >> 16 & 0xFF, lenB = code & 0xFF;
         if (lenA == 0 || lenB == 0) return;
-        if (params.line.load(std::memory_order_acquire) == 0) _mat_cache(&params, static_cast<int32_t>(lenA), 6);
+        if (params.line.load(std::memory_order_acquire) == 0) _mat_cache(&params, lenA, 6);
         const auto* a = static_cast<const unsigned char*>(f.a);
         const auto* b = static_cast<const unsigned char*>(f.b);
         const ptrdiff_t block = params.square;
@@ -40,7 +30,7 @@ struct LogicalMember {
                         for (ptrdiff_t i = i0; i < i1; ++i) {
                             C* out = static_cast<C*>(f.c) + i * f.cRow + j * f.cCol;
                             unsigned char sum = 0;
-                            if (p0 != 0) sum = TruthByte(reinterpret_cast<const unsigned char*>(out), sizeof(C));
+                            if (p0 != 0) sum = TruthByte(reinterpret_cast<const unsigned char*>(out), static_cast<int32_t>(sizeof(C)));
                             auto term = [&](ptrdiff_t p) {
                                 return static_cast<unsigned char>(TruthByte(a + (i * f.aRow + p * f.aCol) * lenA, lenA) &
                                                                   TruthByte(b + (p * f.bRow + j * f.bCol) * lenB, lenB));

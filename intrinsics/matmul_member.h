@@ -76,12 +76,6 @@ inline RTDDimension Entry(const RTDArray* rtd, int32_t index) {
     return entry;
 }
 
-// The (type, length) half of an operand code; byte counts as integer.
-inline uint32_t OperandCode(const RTDArray* rtd, int32_t length) {
-    uint32_t type = rtd->header.data_type == RTD_TYPE_BYTE ? RTD_TYPE_INTEGER : rtd->header.data_type;
-    return type << 8 | static_cast<uint32_t>(length & 0xFF);
-}
-
 }  // namespace matmul_detail
 
 template <class M>
@@ -133,7 +127,7 @@ void DispatchMatmul(ResultRecord* result, const void* a, const void* b, int32_t 
         }
         return;
     }
-    const uint32_t code = matmul_detail::OperandCode(aRtd, lenA) << 16 | matmul_detail::OperandCode(bRtd, lenB);
+    const uint32_t code = OperandCode(aRtd, lenA) << 16 | OperandCode(bRtd, lenB);
     const ptrdiff_t s = f.m + f.n + f.k;
     const int32_t t = (hasCutoff & 1) ? cutoff : 0;
     if constexpr (!M::kLogical) {
