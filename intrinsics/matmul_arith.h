@@ -25,17 +25,17 @@ using X16 = Complex<double>;
 using X32 = Complex<DoubleDouble>;
 
 // The (type, length) half of an operand code for each storage type.
-template <typename T> constexpr uint32_t kOperandCode = 0;
-template <> constexpr uint32_t kOperandCode<I1> = 0x0D01;
-template <> constexpr uint32_t kOperandCode<I2> = 0x0D02;
-template <> constexpr uint32_t kOperandCode<I4> = 0x0D04;
-template <> constexpr uint32_t kOperandCode<I8> = 0x0D08;
-template <> constexpr uint32_t kOperandCode<R4> = 0x0E04;
-template <> constexpr uint32_t kOperandCode<R8> = 0x0E08;
-template <> constexpr uint32_t kOperandCode<R16> = 0x0E10;
-template <> constexpr uint32_t kOperandCode<X8> = 0x0F08;
-template <> constexpr uint32_t kOperandCode<X16> = 0x0F10;
-template <> constexpr uint32_t kOperandCode<X32> = 0x0F20;
+template <typename T> inline constexpr uint32_t kOperandCode = 0;
+template <> inline constexpr uint32_t kOperandCode<I1> = 0x0D01;
+template <> inline constexpr uint32_t kOperandCode<I2> = 0x0D02;
+template <> inline constexpr uint32_t kOperandCode<I4> = 0x0D04;
+template <> inline constexpr uint32_t kOperandCode<I8> = 0x0D08;
+template <> inline constexpr uint32_t kOperandCode<R4> = 0x0E04;
+template <> inline constexpr uint32_t kOperandCode<R8> = 0x0E08;
+template <> inline constexpr uint32_t kOperandCode<R16> = 0x0E10;
+template <> inline constexpr uint32_t kOperandCode<X8> = 0x0F08;
+template <> inline constexpr uint32_t kOperandCode<X16> = 0x0F10;
+template <> inline constexpr uint32_t kOperandCode<X32> = 0x0F20;
 
 template <typename A, typename B>
 constexpr uint32_t PairCode() {
