@@ -10,6 +10,8 @@
 #include <cfenv>
 #include <cmath>
 
+#include "core/rounding_scope.h"
+
 struct DoubleDouble {
     double hi;
     double lo;
@@ -72,21 +74,5 @@ inline DoubleDouble mf2x2(DoubleDouble x, DoubleDouble y) {
 
 inline DoubleDouble Negate(DoubleDouble x) { return {-x.hi, -x.lo}; }
 
-// The error-free transformations need round-to-nearest: this sets it for a scope and
-// gives the caller's mode back at the end, when it was another one.
-class NearestRoundingScope {
-public:
-    NearestRoundingScope() : entry_(std::fegetround()) {
-        if (entry_ != FE_TONEAREST) std::fesetround(FE_TONEAREST);
-    }
-    ~NearestRoundingScope() {
-        if (entry_ != FE_TONEAREST) std::fesetround(entry_);
-    }
-    NearestRoundingScope(const NearestRoundingScope&) = delete;
-    NearestRoundingScope& operator=(const NearestRoundingScope&) = delete;
-    // The mode the caller had: what PROCESSOR_DEFINED means.
-    int entry() const { return entry_; }
-
-private:
-    int entry_;
-};
+// The error-free transformations need round-to-nearest.
+using NearestRoundingScope = RoundingScope<FE_TONEAREST>;

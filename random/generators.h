@@ -12,6 +12,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "core/rounding_scope.h"
+
 #if defined(__FMA__)
 #include <immintrin.h>
 #endif
@@ -35,21 +37,8 @@ inline Lanes4 FusedMultiplyAdd(Lanes4 a, Lanes4 b, Lanes4 c) {
 #endif
 }
 
-// Sets rounding toward zero for a scope.
-class TowardZeroScope {
-public:
-    TowardZeroScope() : entry_(std::fegetround()) {
-        if (entry_ != FE_TOWARDZERO) std::fesetround(FE_TOWARDZERO);
-    }
-    ~TowardZeroScope() {
-        if (entry_ != FE_TOWARDZERO) std::fesetround(entry_);
-    }
-    TowardZeroScope(const TowardZeroScope&) = delete;
-    TowardZeroScope& operator=(const TowardZeroScope&) = delete;
-
-private:
-    int entry_;
-};
+// The fill loops' steps are exact only when rounding is toward zero.
+using TowardZeroScope = RoundingScope<FE_TOWARDZERO>;
 
 struct Generator1 {
     static constexpr uint64_t kModulus = (uint64_t{1} << 31) - 1;
