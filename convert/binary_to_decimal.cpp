@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "convert/convert.h"
+#include "core/float_status.h"
 
 namespace {
 
@@ -32,7 +33,7 @@ Rounding RoundingOf(int roundKey) {
     case kRoundUp: return Rounding::Up;
     case kRoundDown: return Rounding::Down;
     case kRoundProcessorDefined:
-        switch (std::fegetround()) {
+        switch (float_status::GetRoundingMode()) {
         case FE_TOWARDZERO: return Rounding::Zero;
         case FE_UPWARD: return Rounding::Up;
         case FE_DOWNWARD: return Rounding::Down;
@@ -118,31 +119,46 @@ uint64_t WriteDigits(uint64_t v, char*& last, char* first, int count) {
     return v;
 }
 
-// The digits of a whole double-double below 10^31, from `last` back to `first`.
-void cvtloop(double high, double low, char* last, char* first) {
-    uint64_t upper = 0;
-    uint64_t lower;
-    if (high < kTwo63) {
-        lower = static_cast<uint64_t>(high) + static_cast<int64_t>(low);
-    } else {
-        // Split off the last 15 digits exactly: q = floor(x / 10^15), r = x - q * 10^15.
-        constexpr double kTen15 = 1e15;
-        double q = std::floor(high / kTen15);
-        DoubleDouble product = TwoProduct(q, kTen15);
-        double r = (high - product.hi) - product.lo + low;
-        while (r < 0) {
-            r += kTen15;
-            q -= 1;
-        }
-        while (r >= kTen15) {
-            r -= kTen15;
-            q += 1;
-        }
-        upper = static_cast<uint64_t>(q);
-        WriteDigits(static_cast<uint64_t>(r), last, first, 15);
-        lower = upper;
+// Divides a 128-bit number, held as two halves, by 10^9 in place; the remainder.
+uint32_t DivideByBillion(uint64_t& upper, uint64_t& lower) {
+    constexpr uint64_t kBillion = 1000000000;
+    uint32_t limbs[4] = {static_cast<uint32_t>(upper >> 32), static_cast<uint32_t>(upper),
+                         static_cast<uint32_t>(lower >> 32), static_cast<uint32_t>(lower)};
+    uint64_t remainder = 0;
+    for (uint32_t& limb : limbs) {
+        uint64_t current = (remainder << 32) | limb;
+        limb = static_cast<uint32_t>(current / kBillion);
+        remainder = current % kBillion;
     }
-    WriteDigits(lower, last, first, static_cast<int>(last - first + 1));
+    upper = (static_cast<uint64_t>(limbs[0]) << 32) | limbs[1];
+    lower = (static_cast<uint64_t>(limbs[2]) << 32) | limbs[3];
+    return static_cast<uint32_t>(remainder);
+}
+
+// The digits of a whole double-double below 10^32, from `last` back to `first`. Above
+// 2^63 the number is taken exactly into 128 bits: a quotient in doubles would pass 2^53
+// and lose its last digits.
+void cvtloop(double high, double low, char* last, char* first) {
+    if (high < kTwo63) {
+        WriteDigits(static_cast<uint64_t>(high) + static_cast<uint64_t>(static_cast<int64_t>(low)), last, first,
+                    static_cast<int>(last - first + 1));
+        return;
+    }
+    int exponent;
+    uint64_t mantissa = static_cast<uint64_t>(std::ldexp(std::frexp(high, &exponent), 53));
+    int shift = exponent - 53;  // at least 11, since high >= 2^63
+    uint64_t upper = shift >= 64 ? mantissa << (shift - 64) : mantissa >> (64 - shift);
+    uint64_t lower = shift >= 64 ? 0 : mantissa << shift;
+    // low is whole and below an ulp of high, so it fits 64 bits with its sign.
+    int64_t adjustment = static_cast<int64_t>(low);
+    uint64_t sum = lower + static_cast<uint64_t>(adjustment);
+    if (adjustment >= 0 && sum < lower) ++upper;
+    if (adjustment < 0 && sum > lower) --upper;
+    lower = sum;
+    while (last >= first) {
+        uint32_t group = DivideByBillion(upper, lower);
+        WriteDigits(group, last, first, 9);
+    }
 }
 
 int Invalid(char* buffer, int* decimalPoint, int* sign) {

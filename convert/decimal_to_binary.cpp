@@ -7,6 +7,8 @@
 #include <cstring>
 
 #include "convert/convert.h"
+#include "convert/exact_compare.h"
+#include "core/float_status.h"
 
 namespace {
 
@@ -123,38 +125,243 @@ DoubleDouble ScaleByPowerOfTen(DoubleDouble value, int n, bool* overflow) {
     return value;
 }
 
-int FenvModeOf(int roundKey, int entryMode) {
+// How a magnitude is rounded: the ROUND= mode with the value's sign folded in.
+enum class MagnitudeRounding { Nearest, Compatible, TowardZero, AwayFromZero };
+
+MagnitudeRounding MagnitudeRoundingOf(int roundKey, int entryMode, bool negative) {
+    int mode;
     switch (roundKey) {
-    case kRoundUp: return FE_UPWARD;
-    case kRoundDown: return FE_DOWNWARD;
-    case kRoundZero: return FE_TOWARDZERO;
-    case kRoundProcessorDefined: return entryMode;
+    case kRoundUp: mode = FE_UPWARD; break;
+    case kRoundDown: mode = FE_DOWNWARD; break;
+    case kRoundZero: mode = FE_TOWARDZERO; break;
+    case kRoundCompatible: return MagnitudeRounding::Compatible;
+    case kRoundProcessorDefined: mode = entryMode; break;
+    default: return MagnitudeRounding::Nearest;
+    }
+    switch (mode) {
+    case FE_TOWARDZERO: return MagnitudeRounding::TowardZero;
+    case FE_UPWARD: return negative ? MagnitudeRounding::TowardZero : MagnitudeRounding::AwayFromZero;
+    case FE_DOWNWARD: return negative ? MagnitudeRounding::AwayFromZero : MagnitudeRounding::TowardZero;
+    default: return MagnitudeRounding::Nearest;
+    }
+}
+
+// The floating-point mode that rounds a magnitude that way (COMPATIBLE's ties aside).
+int FenvModeOf(MagnitudeRounding rounding) {
+    switch (rounding) {
+    case MagnitudeRounding::TowardZero: return FE_TOWARDZERO;
+    case MagnitudeRounding::AwayFromZero: return FE_UPWARD;
     default: return FE_TONEAREST;
     }
 }
 
-// The floating-point mode that rounds a magnitude as roundKey rounds the signed value.
-int MagnitudeMode(int roundKey, int entryMode, bool negative) {
-    int mode = FenvModeOf(roundKey, entryMode);
-    if (negative && mode == FE_UPWARD) return FE_DOWNWARD;
-    if (negative && mode == FE_DOWNWARD) return FE_UPWARD;
-    return mode;
+// A binary format's grid: `precision` significant bits, steps of 2^minExponent at the
+// bottom, finite values below 2^(maxExponent + 1).
+struct BinaryFormat {
+    int precision;
+    int minExponent;
+    int maxExponent;
+};
+constexpr BinaryFormat kDoubleFormat{53, -1074, 1023};
+constexpr BinaryFormat kFloatFormat{24, -149, 127};
+
+constexpr double kTwoTo256 = 0x1p256;
+
+// A decimal value mantissa 10^exponent of the scanned digits, and its approximation
+// `approx` = value 2^shift as a double-double, within about 2^-100 of itself. The shift
+// keeps every partial product of the approximation far from overflow and underflow.
+struct ScaledDecimal {
+    DecimalMantissa mantissa;
+    int exponent;
+    DoubleDouble approx;
+    int shift;
+};
+
+// false for a value that the limits settle (0 or infinite), with *settled holding it.
+bool Approximate(const DecimalText& d, ScaledDecimal* out, double* settled) {
+    double sign = d.negative ? -1.0 : 1.0;
+    if (d.blocks[0] == 0) {
+        *settled = sign * 0.0;
+        return false;
+    }
+    if (d.exponent > kExponentLimit) {
+        *settled = sign * kInfinity;
+        return false;
+    }
+    // The limit applies to the value, not to the exponent of its last kept digit: a
+    // 30-digit mantissa of a subnormal may have an exponent below -350.
+    if (d.exponent + d.blockDigits[0] + d.blockDigits[1] < -kExponentLimit) {
+        *settled = sign * 0.0;
+        return false;
+    }
+    out->mantissa = {static_cast<uint64_t>(d.blocks[0]), d.blockDigits[1], static_cast<uint64_t>(d.blocks[1])};
+    out->exponent = static_cast<int>(d.exponent);
+    // The up to 30 digits as one exact double-double: A 10^digits(B) + B. All parts are
+    // whole numbers below 2^100, so the sums are exact.
+    DoubleDouble mantissa{d.blocks[0], 0.0};
+    if (d.blockDigits[1] > 0) {
+        mantissa = AddDouble(TwoProduct(d.blocks[0], kPowersOfTen[d.blockDigits[1]].hi), d.blocks[1]);
+    }
+    int magnitude = out->exponent + d.blockDigits[0] + d.blockDigits[1];
+    out->shift = magnitude > 300 ? -256 : magnitude < -290 ? 256 : 0;
+    if (out->shift != 0) {
+        double factor = out->shift > 0 ? kTwoTo256 : 1 / kTwoTo256;
+        mantissa = {mantissa.hi * factor, mantissa.lo * factor};
+    }
+    bool overflow = false;
+    out->approx = out->exponent == 0 ? mantissa : ScaleByPowerOfTen(mantissa, out->exponent, &overflow);
+    return true;
 }
 
-// hi + lo rounded once in the given mode. COMPATIBLE rounds to nearest, then moves an
-// exact halfway case away from zero.
-double RoundPair(DoubleDouble x, int mode, bool compatible) {
-    if (mode != FE_TONEAREST) std::fesetround(mode);
-    volatile double sum = x.hi + x.lo;  // volatile: the addition must happen in this mode
-    double result = sum;
-    if (mode != FE_TONEAREST) std::fesetround(FE_TONEAREST);
-    if (compatible && x.lo != 0 && std::isfinite(x.hi)) {
-        double neighbour = std::nextafter(x.hi, x.lo > 0 ? kInfinity : -kInfinity);
-        if (std::isfinite(neighbour) && neighbour - x.hi == 2 * x.lo) {
-            result = std::fabs(neighbour) > std::fabs(x.hi) ? neighbour : x.hi;
+// The exponent of a normal double: floor(log2(x)).
+int BinaryExponent(double x) {
+    uint64_t bits;
+    std::memcpy(&bits, &x, sizeof bits);
+    return static_cast<int>((bits >> 52) & 0x7FF) - 1023;
+}
+
+// 2^e for e of a normal double's range.
+double PowerOfTwo(int e) {
+    uint64_t bits = static_cast<uint64_t>(e + 1023) << 52;
+    double x;
+    std::memcpy(&x, &bits, sizeof x);
+    return x;
+}
+
+// A magnitude on a format's grid: n 2^q, n below 2^precision.
+struct GridValue {
+    uint64_t n;
+    int q;
+};
+
+// Where the value lies between n 2^q and (n + 1) 2^q.
+enum class Remainder { None, BelowHalf, Half, AboveHalf };
+
+// The approximation decides the rounding unless it falls within this fraction of a grid
+// step of a boundary; its error is below 2^-45 of a step.
+constexpr double kAmbiguity = 0x1p-36;
+
+// The value rounded onto the grid. The double-double places it between two grid points
+// and measures how far along; only when that measure is near 0, 1/2 or 1 does an exact
+// comparison with the boundary decide.
+GridValue RoundOntoGrid(const ScaledDecimal& x, BinaryFormat format, MagnitudeRounding rounding) {
+    const uint64_t top = uint64_t{1} << format.precision;
+    int q = BinaryExponent(x.approx.hi) - x.shift - (format.precision - 1);
+    if (q < format.minExponent) q = format.minExponent;
+    uint64_t n = 0;
+    double fraction = 0;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        // Exact: the approximation lies between 2^-967 and 2^1007 and the scaled value
+        // below 2^55, so the factor is a normal power of two.
+        double factor = PowerOfTwo(-q - x.shift);
+        double hi = x.approx.hi * factor;
+        double lo = x.approx.lo * factor;
+        n = static_cast<uint64_t>(hi);  // truncation is the floor here
+        double whole = static_cast<double>(n);
+        fraction = (hi - whole) + lo;
+        if (fraction < 0) {
+            --n;
+            fraction += 1;
+        } else if (fraction >= 1) {
+            ++n;
+            fraction -= 1;
+        }
+        // Near a power of two the exponent taken from the high part can be one off.
+        if (n >= top) {
+            ++q;
+        } else if (n < top / 2 && q > format.minExponent) {
+            --q;
+        } else {
+            break;
         }
     }
-    return result;
+    auto compare = [&](uint64_t mantissa, int exponent) {
+        return CompareDecimalWithBinary(x.mantissa, x.exponent, mantissa, exponent);
+    };
+    Remainder remainder;
+    if (fraction < kAmbiguity) {
+        int order = compare(n, q);
+        if (order >= 0) {
+            remainder = order == 0 ? Remainder::None : Remainder::BelowHalf;
+        } else {
+            // Just below n 2^q: a step down, onto the finer grid below a power of two.
+            remainder = Remainder::AboveHalf;
+            if (n == top / 2 && q > format.minExponent) {
+                n = top - 1;
+                --q;
+            } else {
+                --n;
+            }
+        }
+    } else if (fraction > 1 - kAmbiguity) {
+        int order = compare(n + 1, q);
+        if (order >= 0) {
+            remainder = order == 0 ? Remainder::None : Remainder::BelowHalf;
+            if (++n == top) {
+                n = top / 2;
+                ++q;
+            }
+        } else {
+            remainder = Remainder::AboveHalf;
+        }
+    } else if (std::fabs(fraction - 0.5) < kAmbiguity) {
+        int order = compare(2 * n + 1, q - 1);
+        remainder = order < 0 ? Remainder::BelowHalf : order == 0 ? Remainder::Half : Remainder::AboveHalf;
+    } else {
+        remainder = fraction < 0.5 ? Remainder::BelowHalf : Remainder::AboveHalf;
+    }
+    bool up = false;
+    switch (rounding) {
+    case MagnitudeRounding::TowardZero: up = false; break;
+    case MagnitudeRounding::AwayFromZero: up = remainder != Remainder::None; break;
+    case MagnitudeRounding::Nearest:
+        up = remainder == Remainder::AboveHalf || (remainder == Remainder::Half && (n & 1) != 0);
+        break;
+    case MagnitudeRounding::Compatible: up = remainder == Remainder::AboveHalf || remainder == Remainder::Half; break;
+    }
+    if (up && ++n == top) {
+        n = top / 2;
+        ++q;
+    }
+    return {n, q};
+}
+
+// n 2^q as a double; past the format's largest finite value, infinity, or that value
+// when rounding toward zero.
+double GridToDouble(GridValue g, BinaryFormat format, MagnitudeRounding rounding) {
+    if (g.n == 0) return 0;
+    if (63 - __builtin_clzll(g.n) + g.q > format.maxExponent) {
+        if (rounding != MagnitudeRounding::TowardZero) return kInfinity;
+        uint64_t largest = (uint64_t{1} << format.precision) - 1;
+        return static_cast<double>(largest) * PowerOfTwo(format.maxExponent + 1 - format.precision);
+    }
+    // Both products exact: the value is on the format's grid.
+    double n = static_cast<double>(g.n);
+    if (g.q < -1022) return n * PowerOfTwo(g.q + 1022) * PowerOfTwo(-1022);
+    return n * PowerOfTwo(g.q);
+}
+
+// The correctly rounded magnitude of the scanned text in the format, or -1 when the
+// text's limits settle it (then *settled holds the signed value).
+double ConvertMagnitude(const DecimalText& d, BinaryFormat format, MagnitudeRounding rounding, double* settled) {
+    // Short mantissas with small exponents: one correctly rounded operation on exact
+    // operands, when rounding to nearest.
+    if (rounding == MagnitudeRounding::Nearest && d.blockDigits[1] == 0 && d.exponent >= -22 &&
+        d.exponent <= 22 && d.blocks[0] != 0) {
+        int e = static_cast<int>(d.exponent);
+        if (format.precision == kDoubleFormat.precision) {
+            double ten = kPowersOfTen[e < 0 ? -e : e].hi;
+            return e < 0 ? d.blocks[0] / ten : d.blocks[0] * ten;
+        }
+        if (d.blocks[0] < 0x1p24 && e >= -10 && e <= 10) {
+            float ten = static_cast<float>(kPowersOfTen[e < 0 ? -e : e].hi);
+            float a = static_cast<float>(d.blocks[0]);
+            return e < 0 ? a / ten : a * ten;
+        }
+    }
+    ScaledDecimal x;
+    if (!Approximate(d, &x, settled)) return -1;
+    return GridToDouble(RoundOntoGrid(x, format, rounding), format, rounding);
 }
 
 double Special(const DecimalText& d) {
@@ -172,47 +379,6 @@ double Special(const DecimalText& d) {
         }
     }
     return d.negative ? -value : value;
-}
-
-constexpr double kTwoTo64 = 18446744073709551616.0;
-constexpr double kTwoToMinus64 = 1.0 / kTwoTo64;
-
-// The double-double value of the scanned digits, before the last rounding, divided by
-// 2^*binaryShift: a value near the top of the range is computed 2^64 lower, so that no
-// partial product overflows, and the last rounding's result is scaled back. false for a
-// value that is exactly 0, infinite or too small to matter, with *settled holding it.
-bool ExactPart(const DecimalText& d, DoubleDouble* out, double* settled, int* binaryShift) {
-    double sign = d.negative ? -1.0 : 1.0;
-    if (d.blocks[0] == 0) {
-        *settled = sign * 0.0;
-        return false;
-    }
-    if (d.exponent > kExponentLimit) {
-        *settled = sign * kInfinity;
-        return false;
-    }
-    if (d.exponent < -kExponentLimit) {
-        *settled = sign * 0.0;
-        return false;
-    }
-    // The up to 30 digits as one exact double-double: A 10^digits(B) + B.
-    DoubleDouble mantissa{d.blocks[0], 0.0};
-    if (d.blockDigits[1] > 0) {
-        mantissa = AddDouble(TwoProduct(d.blocks[0], kPowersOfTen[d.blockDigits[1]].hi), d.blocks[1]);
-    }
-    int exponent = static_cast<int>(d.exponent);
-    *binaryShift = 0;
-    if (exponent + d.blockDigits[0] + d.blockDigits[1] > 300) {
-        mantissa = {mantissa.hi * kTwoToMinus64, mantissa.lo * kTwoToMinus64};
-        *binaryShift = 64;
-    }
-    bool overflow = false;
-    *out = exponent == 0 ? mantissa : ScaleByPowerOfTen(mantissa, exponent, &overflow);
-    if (overflow || std::isinf(out->hi)) {
-        *settled = sign * kInfinity;
-        return false;
-    }
-    return true;
 }
 
 }  // namespace
@@ -234,20 +400,11 @@ double ubx_atof(const char* text, int roundKey) {
     if (text == nullptr) return 0;
     DecimalText d = Scan(text, 2);
     if (!d.anyDigit) return Special(d);
-    NearestRoundingScope rounding;
-    DoubleDouble exact;
+    NearestRoundingScope nearest;  // the double-double steps are exact only so
     double settled;
-    int shift;
-    if (!ExactPart(d, &exact, &settled, &shift)) return settled;
-    int mode = MagnitudeMode(roundKey, rounding.entry(), d.negative);
-    double magnitude = RoundPair(exact, mode, roundKey == kRoundCompatible);
-    if (shift != 0) {
-        // Scaling back is exact, except that it overflows as the mode says it should.
-        std::fesetround(mode);
-        volatile double scaled = magnitude * kTwoTo64;
-        magnitude = scaled;
-        std::fesetround(FE_TONEAREST);
-    }
+    double magnitude =
+        ConvertMagnitude(d, kDoubleFormat, MagnitudeRoundingOf(roundKey, nearest.entry(), d.negative), &settled);
+    if (magnitude < 0) return settled;
     return d.negative ? -magnitude : magnitude;
 }
 
@@ -257,40 +414,13 @@ float ubx_strtof(const char* text, char** end, int roundKey) {
     DecimalText d = Scan(text, 2);
     if (end != nullptr) *end = const_cast<char*>(d.end);
     if (!d.anyDigit) return static_cast<float>(Special(d));
-    NearestRoundingScope rounding;
-    DoubleDouble exact;
+    NearestRoundingScope nearest;
     double settled;
-    int shift;
-    if (!ExactPart(d, &exact, &settled, &shift)) return static_cast<float>(settled);
-    if (shift != 0) return d.negative ? -HUGE_VALF : HUGE_VALF;  // far beyond the largest float
-    // Round the double-double straight to float, so that nothing is rounded twice.
-    int mode = MagnitudeMode(roundKey, rounding.entry(), d.negative);
-    std::fesetround(mode);
-    volatile float candidate = static_cast<float>(exact.hi);
-    float result = candidate;
-    std::fesetround(FE_TONEAREST);
-    double back = static_cast<double>(result);
-    if (exact.lo != 0 && std::isfinite(result)) {
-        if (back == exact.hi) {
-            // hi is a float: the low part decides a directed rounding.
-            if (mode == FE_UPWARD && exact.lo > 0) result = std::nextafter(result, HUGE_VALF);
-            if (mode == FE_DOWNWARD && exact.lo < 0) result = std::nextafter(result, -HUGE_VALF);
-            if (mode == FE_TOWARDZERO && exact.lo < 0) result = std::nextafter(result, 0.0f);
-        } else if (mode == FE_TONEAREST) {
-            // hi exactly halfway between two floats: the low part breaks the tie, and
-            // COMPATIBLE goes away from zero.
-            float other = std::nextafter(result, back < exact.hi ? HUGE_VALF : -HUGE_VALF);
-            double middle = (back + static_cast<double>(other)) / 2;
-            if (middle == exact.hi) {
-                bool towardOther = (exact.lo > 0) == (static_cast<double>(other) > back);
-                if (towardOther) result = other;
-            }
-        }
-        // Otherwise hi lies strictly between two floats and the low part cannot cross one.
-    } else if (exact.lo == 0 && roundKey == kRoundCompatible && std::isfinite(result)) {
-        float other = std::nextafter(result, back < exact.hi ? HUGE_VALF : -HUGE_VALF);
-        if ((back + static_cast<double>(other)) / 2 == exact.hi && std::fabs(other) > std::fabs(result)) result = other;
-    }
+    // Rounded once, straight onto the float grid; the conversion to float is then exact.
+    double magnitude =
+        ConvertMagnitude(d, kFloatFormat, MagnitudeRoundingOf(roundKey, nearest.entry(), d.negative), &settled);
+    if (magnitude < 0) return static_cast<float>(settled);
+    float result = static_cast<float>(magnitude);
     return d.negative ? -result : result;
 }
 
@@ -318,11 +448,13 @@ DoubleDouble _qatof(const char* text, int roundKey) {
     }
     if (tiny) sum = mf2x2(sum, kTenToMinus256[0]);
     if (overflow || std::isinf(sum.hi)) return {sign * kInfinity, 0.0};
-    // The last normalisation happens in the ROUND= mode.
-    std::fesetround(MagnitudeMode(roundKey, rounding.entry(), d.negative));
-    volatile double high = sum.hi + sum.lo;
+    // The last normalisation happens in the ROUND= mode. The operands and the sum pass
+    // through memory so that the addition cannot move out of the mode's reach.
+    volatile double parts[2] = {sum.hi, sum.lo};
+    float_status::SetRoundingMode(FenvModeOf(MagnitudeRoundingOf(roundKey, rounding.entry(), d.negative)));
+    volatile double high = parts[0] + parts[1];
+    float_status::SetRoundingMode(FE_TONEAREST);
     double low = sum.lo - (high - sum.hi);
-    std::fesetround(FE_TONEAREST);
     return {sign * high, sign * low};
 }
 

@@ -2,16 +2,16 @@
 // its end, when it was another one.
 #pragma once
 
-#include <cfenv>
+#include "core/float_status.h"
 
 template <int Mode>
 class RoundingScope {
 public:
-    RoundingScope() : entry_(std::fegetround()) {
-        if (entry_ != Mode) std::fesetround(Mode);
+    RoundingScope() : entry_(float_status::GetRoundingMode()) {
+        if (entry_ != Mode) float_status::SetRoundingMode(Mode);
     }
     ~RoundingScope() {
-        if (entry_ != Mode) std::fesetround(entry_);
+        if (entry_ != Mode) float_status::SetRoundingMode(entry_);
     }
     RoundingScope(const RoundingScope&) = delete;
     RoundingScope& operator=(const RoundingScope&) = delete;

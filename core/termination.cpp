@@ -9,6 +9,7 @@
 
 #include "core/context.h"
 #include "core/errors.h"
+#include "core/float_status.h"
 #include "core/export.h"
 #include "core/unit.h"
 #include "transport/transport.h"
@@ -56,7 +57,7 @@ int FlagReport(char* out, size_t size) {
     };
     const Flag flags[] = {{FE_OVERFLOW, "OVERFLOW, "},   {FE_DIVBYZERO, "DIV-BY-ZERO, "}, {FE_INVALID, "INVALID, "},
                           {FE_UNDERFLOW, "UNDERFLOW, "}, {FE_INEXACT, "INEXACT, "}};
-    int raised = std::fetestexcept(FE_ALL_EXCEPT);
+    int raised = float_status::RaisedExceptions();
     if ((raised & (FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID | FE_UNDERFLOW | FE_INEXACT)) == 0) return 0;
     int length = ThreadPrefix(out, size);
     length += std::snprintf(out + length, size - length, "(");

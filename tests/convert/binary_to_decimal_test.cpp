@@ -9,6 +9,7 @@
 #include <string>
 
 #include "convert/convert.h"
+#include "core/float_status.h"
 #include "tests/convert/exact_decimal.h"
 
 namespace {
@@ -177,13 +178,22 @@ TEST(BinaryToDecimal, TheSpecifiedEdgeCases) {
     EXPECT_EQ(__cvt_r(1.0, 9, &point, &sign, 1, buffer, 8, 0, 0, kRoundNearest), 0);   // otherwise cut
     EXPECT_STREQ(buffer, "1000000");
     // PROCESSOR_DEFINED follows the floating-point rounding mode.
-    std::fesetround(FE_UPWARD);
+    float_status::SetRoundingMode(FE_UPWARD);
     EXPECT_EQ(Convert(2.0 / 3.0, 3, 1, kRoundProcessorDefined).digits, "667");
     EXPECT_EQ(Convert(0.1, 3, 1, kRoundProcessorDefined).digits, "101");
-    std::fesetround(FE_TOWARDZERO);
+    float_status::SetRoundingMode(FE_TOWARDZERO);
     EXPECT_EQ(Convert(2.0 / 3.0, 3, 1, kRoundProcessorDefined).digits, "666");
     EXPECT_EQ(Convert(2.0 / 3.0, 3, 1, kRoundNearest).digits, "667");  // the arithmetic is unaffected
-    std::fesetround(FE_TONEAREST);
+    float_status::SetRoundingMode(FE_TONEAREST);
+}
+
+exact::BigInt DigitsAsInteger(const std::string& digits) {
+    exact::BigInt n(0);
+    for (char c : digits) {
+        n.MultiplyBy(10);
+        n.Add(exact::BigInt(static_cast<uint64_t>(c - '0')));
+    }
+    return n;
 }
 
 TEST(BinaryToDecimal, PairsOfDoublesCarryTheirExtraDigits) {
@@ -210,6 +220,26 @@ TEST(BinaryToDecimal, PairsOfDoublesCarryTheirExtraDigits) {
         int point, sign;
         _qcvt_r(pair, 40, &point, &sign, 1, buffer, 64, 0, kRoundNearest);
         EXPECT_EQ(std::string(buffer).substr(31), std::string(9, '0'));
+        // All 31 digits that the pair carries, within one unit of the last, whatever the
+        // size of the low part.
+        int below = 53 + static_cast<int>(random() % 53);
+        low = std::ldexp(static_cast<double>(random() % (1ull << 52)), std::ilogb(high) - 52 - below);
+        pair = TwoSum(high, random() % 2 ? low : -low);
+        truth = exact::OfPair(pair.hi, pair.lo);
+        _qcvt_r(pair, 31, &point, &sign, 1, buffer, 64, 0, kRoundNearest);
+        exact::Decimal nearest = exact::Round(truth, 31, exact::Mode::Nearest, false);
+        std::string digits(buffer, 31);
+        std::string wanted = nearest.digits;
+        wanted.resize(31, '0');
+        exact::BigInt got = DigitsAsInteger(digits);
+        exact::BigInt expected = DigitsAsInteger(wanted);
+        if (point != nearest.point) {
+            ADD_FAILURE() << "decimal point " << point << " for " << nearest.point;
+        } else {
+            exact::BigInt difference = got.Less(expected) ? expected : got;
+            difference.Subtract(got.Less(expected) ? got : expected);
+            EXPECT_TRUE(difference.Less(exact::BigInt(2))) << buffer << " for " << wanted;
+        }
     }
     EXPECT_EQ(differing, 0);
 }

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "convert/convert.h"
+#include "core/float_status.h"
 #include "tests/convert/exact_decimal.h"
 
 namespace {
@@ -29,16 +30,16 @@ constexpr RoundingCase kModes[] = {
     {kRoundNearest, FE_TONEAREST}, {kRoundZero, FE_TOWARDZERO}, {kRoundUp, FE_UPWARD}, {kRoundDown, FE_DOWNWARD}};
 
 double LibraryDouble(const std::string& text, int mode) {
-    std::fesetround(mode);
+    float_status::SetRoundingMode(mode);
     double value = std::strtod(text.c_str(), nullptr);
-    std::fesetround(FE_TONEAREST);
+    float_status::SetRoundingMode(FE_TONEAREST);
     return value;
 }
 
 float LibraryFloat(const std::string& text, int mode) {
-    std::fesetround(mode);
+    float_status::SetRoundingMode(mode);
     float value = std::strtof(text.c_str(), nullptr);
-    std::fesetround(FE_TONEAREST);
+    float_status::SetRoundingMode(FE_TONEAREST);
     return value;
 }
 
@@ -186,10 +187,10 @@ TEST(DecimalToBinary, HalfwayCasesAndTheLimits) {
     EXPECT_EQ(checknf("infx"), 3);
     EXPECT_EQ(checknf("in"), 0);
     // PROCESSOR_DEFINED takes the mode found at entry, and leaves it so.
-    std::fesetround(FE_UPWARD);
+    float_status::SetRoundingMode(FE_UPWARD);
     EXPECT_EQ(ubx_atof("0.3", kRoundProcessorDefined), std::nextafter(0.3, 1.0));
-    EXPECT_EQ(std::fegetround(), FE_UPWARD);
-    std::fesetround(FE_TONEAREST);
+    EXPECT_EQ(float_status::GetRoundingMode(), FE_UPWARD);
+    float_status::SetRoundingMode(FE_TONEAREST);
 }
 
 TEST(DecimalToBinary, FloatsMatchStrtofInEveryMode) {
