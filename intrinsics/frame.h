@@ -42,6 +42,10 @@ inline RTDDimension FortranDimension(const RTDArray* array, int32_t d) {
     return entry;
 }
 
+// The threads a threaded intrinsic (MATMUL, a long random fill) divides its work among:
+// the option INTRINTHDS, else one per processor online.
+int32_t get_num_threads();
+
 // Lays out `result` as a contiguous array of `rank` extents given in Fortran order,
 // lbound 1, with the type and element length given. The result is the size in bytes.
 int32_t LayOutContiguous(RTDArray* result, uint8_t type, int32_t length, const int32_t* extents, int32_t rank);

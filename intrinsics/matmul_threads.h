@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "intrinsics/frame.h"
 #include "intrinsics/matmul_kernel.h"
 
 // One slice's work: its part of the product, the operand code and the Strassen cut-off.
@@ -13,9 +14,6 @@ struct MatmulTask {
     int32_t t;
     void (*body)(const MatmulTask&);
 };
-
-// Threads from the option INTRINTHDS, else one per processor online.
-int32_t get_num_threads();
 
 // Splits the rows of `f` among the threads and runs `body` on each slice; with one
 // thread, on the caller's. lenA and lenC are the element lengths of A and the result.

@@ -241,7 +241,7 @@ uint64_t _smp_vrdrand(const Layout& layout, uint64_t state) {
 
 template <typename T, typename Module>
 uint64_t Fill(const Layout& layout, uint64_t state) {
-    if (layout.count > 0x7FF && layout.count > int64_t{_smp_rand_nthreads()} * 2048 - 1 && _smp_rand_nthreads() > 1) {
+    if (layout.count > 0x7FF && layout.count > int64_t{get_num_threads()} * 2048 - 1 && _smp_rand_nthreads() > 1) {
         return _smp_vrdrand<T, Module>(layout, state);
     }
     return FillRange<T, Module>(layout, 0, layout.count, state);
@@ -250,6 +250,7 @@ uint64_t Fill(const Layout& layout, uint64_t state) {
 template <typename T>
 void RandomNumber(const void* harvest) {
     Layout layout = Describe<T>(static_cast<const RTD*>(harvest));
+    if (layout.count == 0) return;  // nothing to harvest: the seed stays as it is
     int32_t zero = 0;
     int32_t generator = _smp_vrrnopt(&zero);
     double seed;

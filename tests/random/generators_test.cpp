@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <pthread.h>
+
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -234,7 +237,61 @@ TEST(RandomNumbers, ASeedOfZeroIsMadeLive) {
     }
 }
 
+TEST(RandomNumbers, ZeroSizedHarvestsWriteNothingAndKeepTheSeed) {
+    OnFreshThread([] {
+        double seed = 12345, one = 1;
+        int32_t count = 1;
+        _smp_vrrnput(&seed, &count);
+        double guard = -7;
+        for (std::vector<int32_t> shape : {std::vector<int32_t>{0}, {4, 0}, {0, 3}}) {
+            for (int32_t length : {4, 8, 16}) {
+                Array rtd(shape, length, RTD_TYPE_REAL);
+                rtd.rtd->base_ptr = reinterpret_cast<uintptr_t>(&guard);
+                if (length == 4) _vrrrand(rtd.rtd);
+                if (length == 8) _vrdrand(rtd.rtd);
+                if (length == 16) _vrqrand(rtd.rtd);
+            }
+        }
+        EXPECT_EQ(guard, -7);
+        double now = 0;
+        _smp_vrrnget(&now);
+        EXPECT_EQ(now, seed);
+        (void)one;
+    });
+}
+
+}  // namespace
+
+// Counts the threads the library starts; the test program is linked to route its
+// pthread_create calls here.
+std::atomic<int> threadsStarted{0};
+extern "C" int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+extern "C" int __wrap_pthread_create(pthread_t* id, const pthread_attr_t* attributes, void* (*body)(void*),
+                                     void* argument) {
+    ++threadsStarted;
+    return __real_pthread_create(id, attributes, body, argument);
+}
+
+namespace {
+
 class RandomGeneratorChoice : public vrntest::RuntimeTest {};
+
+TEST_F(RandomGeneratorChoice, TheThreadedFillWaitsForTwoThousandElementsAThread) {
+    if (sysconf(_SC_NPROCESSORS_ONLN) < 2) GTEST_SKIP() << "one processor: never threaded";
+    std::vector<double> values(1'000'000);
+    Array rtd({1'000'000}, 8, RTD_TYPE_REAL);
+    rtd.rtd->base_ptr = reinterpret_cast<uintptr_t>(values.data());
+    struct Case {
+        const char* option;
+        bool threaded;
+    } cases[] = {{"intrinthds=1000", false}, {"intrinthds=488", true}, {"intrinthds=489", false}};
+    for (const Case& c : cases) {
+        vrntest::SetOptions(c.option);
+        int before = threadsStarted;
+        _vrdrand(rtd.rtd);
+        EXPECT_EQ(threadsStarted > before, c.threaded) << c.option;
+    }
+}
 
 TEST_F(RandomGeneratorChoice, AnUnknownGeneratorIsError166AndChangesNothing) {
     int32_t two = 2, three = 3, ask = 0;
