@@ -70,6 +70,11 @@ void InitializeRTE() {
     FillScannerStateTables(global);
     SetBufferingFlag(global, context);
     RTE_Initialized = 1;
+    // A program that returns from main or calls exit, with no STOP, must still find its
+    // records in its files: the clean-up runs at every normal end of the process. Once,
+    // since the run-time may be started again after an explicit clean-up.
+    static bool cleanupRegistered = false;
+    if (!cleanupRegistered) cleanupRegistered = std::atexit(RTECleanup) == 0;
 }
 
 GlobalContext* CreateGlobalContext(uint32_t task, GlobalContext* parent) {

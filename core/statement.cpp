@@ -556,7 +556,9 @@ VRN_EXPORT LocalContext* _vrnBeginIO(void* unitAddress, uint32_t statementFlags,
     if (!PrepareUnit(context, &context->unit, direction, false, shape.access, shape.internal)) return Stop(context);
     if (!child) ResetListDirectedState(context);
 
-    uint32_t index = shape.kind * 4 + (shape.asynchronous ? 2 : 0) + shape.direction;
+    // Asynchronous statements have become synchronous above, so they take the
+    // synchronous routine: the asynchronous entries of other kinds are empty.
+    uint32_t index = shape.kind * 4 + shape.direction;
     BeginRoutine begin = index < kDispatchEntries ? DispatchBeginIO[index] : nullptr;
     if (begin != nullptr) begin(context, kindArgument);
     return context;

@@ -2,6 +2,7 @@
 // clean-up that flushes and closes every unit.
 #include <unistd.h>
 
+#include <atomic>
 #include <cfenv>
 #include <cstdio>
 #include <cstdlib>
@@ -92,8 +93,15 @@ void PrintStop(const StopCode* code, int32_t value, const int32_t* flags, int ro
     FlushErrorUnit();
 }
 
+namespace {
+// Set while a clean-up runs: an exit from a signal handler or from another thread in the
+// middle of one must not free the same units twice.
+std::atomic_flag cleanupRunning = ATOMIC_FLAG_INIT;
+}  // namespace
+
 void RTECleanup() {
     if (RTE_Initialized == 0) return;
+    if (cleanupRunning.test_and_set()) return;
     GlobalContext* global = _GlobalContext;
     CloseAllUnits(global, _LocalContext[0]);
     ErrorCloseCatalog();
@@ -101,6 +109,7 @@ void RTECleanup() {
     _GlobalContext = nullptr;
     FreeLocalContext(_LocalContext);
     RTE_Initialized = 0;
+    cleanupRunning.clear();
 }
 
 [[noreturn]] void AbnormalExit(int32_t status) {

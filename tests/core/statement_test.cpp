@@ -246,6 +246,22 @@ TEST_F(StatementFrame, UnconnectedUnits) {
     ASSERT_EQ(chdir(cwd), 0);
 }
 
+TEST_F(StatementFrame, AnAsynchronousFormattedTransferRunsAsASynchronousOne) {
+    TempDir dir;
+    Specifiers open;
+    open.Text(VRN_KEY_FILE, dir.Path("a.txt")).Keyword(VRN_KEY_ASYNCHRONOUS, VRN_KEY_YES);
+    ASSERT_EQ(Open(30, open), 0);
+    int32_t id = -1;
+    Specifiers withId;
+    withId.Location("prog.f", 3).Address(VRN_KEY_ID, &id);
+    Statement(30, ListWrite | VRN_FLAG_ASYNCHRONOUS, &withId).Bytes("x").End();
+    EXPECT_EQ(id, 0);
+    Statement(30, ListWrite).Bytes("y").End();
+    Statement(30, ListWrite | VRN_FLAG_ASYNCHRONOUS).Bytes("z").End();
+    Close(30);
+    EXPECT_EQ(ReadFile(dir.Path("a.txt")), " x\n y\n z\n");
+}
+
 TEST_F(StatementFrame, StartsWithoutDescriptorTwoAndHasNoUnitZero) {
     EXPECT_EXIT(
         {

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <thread>
 
 #include "core/context.h"
 #include "tests/support/fortran.h"
@@ -106,13 +107,17 @@ TEST_F(Termination, PauseOnATerminalWaitsForAByte) {
 }
 
 TEST_F(Termination, NothingWrittenIsLostWhateverTheEnd) {
-    // Each way out: STOP, ERROR STOP, _vrnExit, exit_; three units each, one from NEWUNIT=.
+    // Each way out: STOP, ERROR STOP, _vrnExit, exit_, and with none of them the C
+    // library's exit (a return from main) on the main thread or another; three units
+    // each, one from NEWUNIT=.
     int32_t nine = 9;
     const std::function<void()> ends[] = {
         [] { _vrnStop(&kIntegerCode, 9); },
         [] { _vrnErrorStop(&kIntegerCode, 9, nullptr); },
         [] { _vrnExit(9); },
         [nine] { exit_(&nine); },
+        [] { std::exit(9); },
+        [] { std::thread([] { std::exit(9); }).join(); },
     };
     for (const auto& end : ends) {
         std::string out = dir.Path("stdout.txt");
