@@ -572,77 +572,91 @@ int32_t DoOpen(GlobalContext* global, LocalContext* context, UnitRecord** unitAd
     return 1;
 }
 
-// OPEN of a connected unit on the same file: only the changeable modes change.
-int32_t ChangeProperties(GlobalContext* global, LocalContext* context, UnitRecord* unit, const GivenSpecifiers& given,
+// Whether a re-OPEN may name this POSITION: ASIS always, REWIND at the start, APPEND at
+// the end with nothing unread.
+bool PositionAccepted(UnitRecord* unit, uint32_t position) {
+    if (position == VRN_KEY_ASIS) return true;
+    if (position == VRN_KEY_REWIND) return unit->filePosition == 0;
+    if (position != VRN_KEY_APPEND || !unit->seekable) return false;
+    off64_t here = lseek64(unit->fd, 0, SEEK_CUR);
+    off64_t end = here < 0 ? -1 : lseek64(unit->fd, 0, SEEK_END);
+    if (here < 0 || end < 0 || lseek64(unit->fd, here, SEEK_SET) < 0) unit->permanentError = 1;
+    bool nothingUnread = unit->direction != kDirectionRead || unit->bufferFill == static_cast<int32_t>(unit->bufferOffset);
+    return end >= 0 && unit->filePosition == end && nothingUnread;
+}
+
+// OPEN of a connected unit on the same file: only the changeable modes change. The
+// specifiers are judged in the order the statement gives them, so that the first wrong
+// one is the one reported.
+int32_t ChangeProperties(GlobalContext* global, LocalContext* context, UnitRecord* unit, const KeywordList* keywords,
                          const OpenProperties& properties) {
     const char* name = UnitNameForMessages(unit);
-    auto conflict = [&](const char* value, const char* specifier) {
-        return ErrorHandler(kClassRecoverable, kKindError, 24, 24, ArgText(1), name, ArgText(2), value, ArgText(3),
-                            specifier, 0u) == kRecover;
-    };
     auto keywordName = [](uint32_t keyword) { return _RTE_key_info[keyword < 150 ? keyword : 0].name; };
-    struct Fixed {
-        bool GivenSpecifiers::*given;
-        uint32_t requested;
-        uint32_t current;
-        const char* specifier;
+    // false when the error handler did not let the statement go on.
+    auto accepted = [&](bool allowed, const char* value, uint32_t specifier) {
+        return allowed || ErrorHandler(kClassRecoverable, kKindError, 24, 24, ArgText(1), name, ArgText(2), value,
+                                       ArgText(3), keywordName(specifier), 0u) == kRecover;
     };
-    const Fixed fixed[] = {
-        {&GivenSpecifiers::access, properties.access, unit->access, "ACCESS"},
-        {&GivenSpecifiers::action, properties.action, unit->action, "ACTION"},
-        {&GivenSpecifiers::form, properties.form, unit->form, "FORM"},
-        {&GivenSpecifiers::asynch, properties.asynch, unit->asynch, "ASYNCH"},
+    auto same = [&](uint32_t requested, uint32_t current, uint32_t specifier) {
+        return accepted(requested == current, keywordName(requested), specifier);
     };
-    bool stopped = false;
-    for (const Fixed& rule : fixed) {
-        if (given.*rule.given && rule.requested != rule.current && !conflict(keywordName(rule.requested), rule.specifier)) {
-            stopped = true;
-        }
-    }
-    if (given.recl && properties.recl != unit->recl) {
-        char text[16];
-        std::snprintf(text, sizeof text, "%ld", static_cast<long>(properties.recl));
-        if (!conflict(text, "RECL")) stopped = true;
-    }
-    bool strict = StrictLanguageLevel(global->options);
-    if (given.status && properties.status != VRN_KEY_OLD && (properties.status != VRN_KEY_UNKNOWN || strict) &&
-        !conflict(keywordName(properties.status), "STATUS")) {
-        stopped = true;
-    }
-    if (given.position && properties.position != VRN_KEY_ASIS) {
-        bool accepted = properties.position == VRN_KEY_REWIND && unit->filePosition == 0;
-        if (properties.position == VRN_KEY_APPEND && unit->seekable) {
-            off64_t here = lseek64(unit->fd, 0, SEEK_CUR);
-            off64_t end = here < 0 ? -1 : lseek64(unit->fd, 0, SEEK_END);
-            if (here < 0 || end < 0 || lseek64(unit->fd, here, SEEK_SET) < 0) unit->permanentError = 1;
-            bool nothingUnread = unit->direction != kDirectionRead || unit->bufferFill == static_cast<int32_t>(unit->bufferOffset);
-            accepted = end >= 0 && unit->filePosition == end && nothingUnread;
-        }
-        if (!accepted && !conflict(keywordName(properties.position), "POSITION")) stopped = true;
-    }
-    if (stopped) return context->status;
     bool formatted = unit->form == VRN_KEY_FORMATTED;
+    bool strict = StrictLanguageLevel(global->options);
+    bool dropped[150] = {};  // modes refused on an unformatted connection
+    uint32_t count = keywords != nullptr && keywords->version == 1 ? keywords->count : 0;
+    for (uint32_t i = 0; i < count; ++i) {
+        uint32_t tag = keywords->entries[i].tag & 0xFFFF;
+        bool ok = true;
+        switch (tag) {
+        case VRN_KEY_ACCESS: ok = same(properties.access, unit->access, tag); break;
+        case VRN_KEY_ACTION: ok = same(properties.action, unit->action, tag); break;
+        case VRN_KEY_FORM: ok = same(properties.form, unit->form, tag); break;
+        case VRN_KEY_ASYNCH:
+        case VRN_KEY_ASYNCHRONOUS: ok = same(properties.asynch, unit->asynch, tag); break;
+        case VRN_KEY_RECL: {
+            char text[16];
+            std::snprintf(text, sizeof text, "%ld", static_cast<long>(properties.recl));
+            ok = accepted(properties.recl == unit->recl, text, tag);
+            break;
+        }
+        case VRN_KEY_STATUS: {
+            bool allowed = properties.status == VRN_KEY_OLD || (properties.status == VRN_KEY_UNKNOWN && !strict);
+            ok = accepted(allowed, keywordName(properties.status), tag);
+            break;
+        }
+        case VRN_KEY_POSITION: ok = accepted(PositionAccepted(unit, properties.position), keywordName(properties.position), tag); break;
+        case VRN_KEY_BLANK:
+        case VRN_KEY_DELIM:
+        case VRN_KEY_PAD:
+        case VRN_KEY_SIGN: {
+            if (formatted) break;
+            int32_t message = tag == VRN_KEY_BLANK ? 125 : tag == VRN_KEY_DELIM ? 131 : tag == VRN_KEY_PAD ? 133 : 217;
+            ok = Recovered(message, message, unit->unitNumber, "");
+            dropped[tag] = true;
+            break;
+        }
+        default: break;
+        }
+        if (!ok) return context->status;
+    }
     struct Mode {
-        bool GivenSpecifiers::*given;
+        uint32_t tag;
         uint32_t OpenProperties::*value;
         uint32_t UnitRecord::*field;
-        int32_t unformattedMessage;  // 0: allowed on any connection
     };
     const Mode modes[] = {
-        {&GivenSpecifiers::blank, &OpenProperties::blank, &UnitRecord::blank, 125},
-        {&GivenSpecifiers::delim, &OpenProperties::delim, &UnitRecord::delim, 131},
-        {&GivenSpecifiers::pad, &OpenProperties::pad, &UnitRecord::pad, 133},
-        {&GivenSpecifiers::sign, &OpenProperties::sign, &UnitRecord::sign, 217},
-        {&GivenSpecifiers::decimal, &OpenProperties::decimal, &UnitRecord::decimal, 0},
-        {&GivenSpecifiers::round, &OpenProperties::round, &UnitRecord::round, 0},
+        {VRN_KEY_BLANK, &OpenProperties::blank, &UnitRecord::blank},
+        {VRN_KEY_DELIM, &OpenProperties::delim, &UnitRecord::delim},
+        {VRN_KEY_PAD, &OpenProperties::pad, &UnitRecord::pad},
+        {VRN_KEY_SIGN, &OpenProperties::sign, &UnitRecord::sign},
+        {VRN_KEY_DECIMAL, &OpenProperties::decimal, &UnitRecord::decimal},
+        {VRN_KEY_ROUND, &OpenProperties::round, &UnitRecord::round},
     };
-    for (const Mode& mode : modes) {
-        if (!(given.*mode.given)) continue;
-        if (!formatted && mode.unformattedMessage != 0) {
-            if (!Recovered(mode.unformattedMessage, mode.unformattedMessage, unit->unitNumber, "")) return context->status;
-            continue;
+    for (uint32_t i = 0; i < count; ++i) {
+        uint32_t tag = keywords->entries[i].tag & 0xFFFF;
+        for (const Mode& mode : modes) {
+            if (mode.tag == tag && !dropped[tag]) unit->*mode.field = properties.*mode.value;
         }
-        unit->*mode.field = properties.*mode.value;
     }
     return context->status;
 }
@@ -701,7 +715,7 @@ int32_t OpenCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber
         return context->status;
     }
     if (existed && (!given.file || SameFile(unit, properties->name))) {
-        return ChangeProperties(global, context, unit, given, *properties);
+        return ChangeProperties(global, context, unit, keywords, *properties);
     }
     if (!existed) unit->fd = -1;
     if (existed && unit->unitNumber == 0) {

@@ -197,6 +197,36 @@ TEST_F(OpenStatement, ReopeningAConnectedUnit) {
     Open(36, access, &iostat);
     EXPECT_EQ(iostat, 24);
     EXPECT_EQ(LookUpUnit(_GlobalContext, 36)->access, static_cast<uint32_t>(VRN_KEY_SEQUENTIAL));
+    // The specifiers are judged in the order given: the first wrong one is named.
+    ResetRuntime();
+    UseCatalogue(Catalogue::Built);
+    Open(36, first);
+    struct Order {
+        std::vector<uint32_t> tags;
+        const char* named;
+    } orders[] = {
+        {{VRN_KEY_ACCESS, VRN_KEY_RECL}, "ACCESS"},
+        {{VRN_KEY_RECL, VRN_KEY_ACCESS}, "RECL"},
+        {{VRN_KEY_FORM, VRN_KEY_ACTION}, "FORM"},
+        {{VRN_KEY_ACTION, VRN_KEY_FORM}, "ACTION"},
+        {{VRN_KEY_STATUS, VRN_KEY_ACCESS}, "STATUS"},
+    };
+    for (const Order& order : orders) {
+        char message[200];
+        Specifiers list;
+        list.Address(VRN_KEY_IOMSG, message, sizeof message);
+        for (uint32_t tag : order.tags) {
+            if (tag == VRN_KEY_ACCESS) list.Keyword(tag, VRN_KEY_DIRECT);
+            if (tag == VRN_KEY_RECL) list.Value(tag, 4);
+            if (tag == VRN_KEY_FORM) list.Keyword(tag, VRN_KEY_UNFORMATTED);
+            if (tag == VRN_KEY_ACTION) list.Keyword(tag, VRN_KEY_READ);
+            if (tag == VRN_KEY_STATUS) list.Keyword(tag, VRN_KEY_NEW);
+        }
+        Open(36, list, &iostat);
+        EXPECT_EQ(iostat, 24);
+        std::string text(message, sizeof message);
+        EXPECT_NE(text.find(std::string("specifier ") + order.named + " "), std::string::npos) << text;
+    }
     // Another file on the same unit: the first connection is closed.
     Specifiers other;
     other.Text(VRN_KEY_FILE, dir.Path("other.txt"));
