@@ -213,6 +213,7 @@ struct OptionParser {
             if (token.type != kTokenNumber) return Fail(118);
             bool outOfRange;
             int32_t first = Number(&outOfRange);
+            Token firstToken = token;  // the message on a unit 0 quotes it
             Next();
             UnitRange range;
             if (first < 0) {
@@ -225,7 +226,8 @@ struct OptionParser {
                 range = UnitRange{first, INT32_MAX};  // "a-": from a up
                 Next();
             } else if (first == 0) {
-                return Fail(116);
+                token = firstToken;
+                return FailWithText(116);
             } else {
                 range = UnitRange{first, first};
             }

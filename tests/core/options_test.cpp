@@ -177,6 +177,26 @@ TEST_F(Options, EveryMalformedTextEndsTheProgramWithItsMessage) {
     EXPECT_EXIT(SetOptions("uwidth=32"), ::testing::ExitedWithCode(1), "^3714-117\n$");
 }
 
+TEST_F(Options, ABadNumberIsQuotedInItsMessage) {
+    const BadText cases[] = {
+        {"nlwidth=0", "the number \"0\" is not valid for NLWIDTH"},
+        {"ufmt_littleendian=0", "the number \"0\" is not valid for UFMT_LITTLEENDIAN"},
+        {"ufmt_bigendian=7,0", "the number \"0\" is not valid for UFMT_BIGENDIAN"},
+        {"intrinthds=-3", "the number \"-3\" is not valid for INTRINTHDS"},
+    };
+    for (const BadText& bad : cases) {
+        EXPECT_EXIT(
+            {
+                UseCatalogue(Catalogue::Built);
+                setenv("VRNRTEOPTS", bad.text, 1);
+                ResetRuntime();
+                EnsureRuntimeStarted();
+            },
+            ::testing::ExitedWithCode(1), std::string("3714-116 .*") + bad.message)
+            << bad.text;
+    }
+}
+
 TEST_F(Options, FindTokenReadsTheSyntax) {
     char text[] = "ab_1 = 12 :'q x', -7 - -x 3y";  // "-x" is a dash, then a word
     struct Expected {
