@@ -413,7 +413,10 @@ int32_t TerminateReadRecord(LocalContext* context) {
         unit->filePosition = context->recordNumber * static_cast<int64_t>(unit->recl);
         unit->needsReposition = 1;  // the rest of the record was not read
     } else if (IsFormatted(unit)) {
-        if (context->atEndOfFile) return 0;
+        if (context->atEndOfFile) {
+            context->recordLength = -1;  // nothing of this record is left for the next statement
+            return 0;
+        }
         result = SkipFormattedRecord(context);
         if (result < 0) return 0;
         context->recordLength = -1;

@@ -329,3 +329,26 @@ TEST_F(RecordInput, FlushAndTheFortranServices) {
 
 }  // namespace
 }  // namespace vrntest
+namespace vrntest {
+namespace {
+
+TEST_F(RecordInput, AnUnterminatedLastRecordIsWholeAndTheNextReadMeetsTheEnd) {
+    // However much of the last record a READ takes, the READ succeeds and the next one
+    // meets the end of the file, on sequential and on stream units.
+    for (uint32_t access : {VRN_KEY_SEQUENTIAL, VRN_KEY_STREAM}) {
+        for (int32_t count : {0, 2, 10, 11, 100}) {
+            WriteFile("last.txt", "abc\nno newline");
+            ASSERT_EQ(OpenFile(12, "last.txt", access), 0);
+            std::string got;
+            EXPECT_EQ(ReadRecord(12, &got, 2), 0);
+            EXPECT_EQ(got, "ab");
+            EXPECT_EQ(ReadRecord(12, &got, count), 0) << access << " " << count;
+            EXPECT_EQ(got, std::string("no newline").substr(0, static_cast<size_t>(count)));
+            EXPECT_EQ(ReadRecord(12, &got, 2), -1) << access << " " << count;
+            Close(12);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vrntest
