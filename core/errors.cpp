@@ -198,13 +198,6 @@ void PrintMessage(GlobalContext* global, LocalContext* context, const char* text
     }
 }
 
-void CopyToIomsg(LocalContext* context, const char* text, int32_t length) {
-    if (context == nullptr || context->iomsgAddress == nullptr || context->iomsgLength <= 0) return;
-    int32_t count = length < context->iomsgLength ? length : context->iomsgLength;
-    std::memcpy(context->iomsgAddress, text, count);
-    std::memset(context->iomsgAddress + count, ' ', context->iomsgLength - count);
-}
-
 bool TakenOverBySpecifier(const GlobalContext* global, const LocalContext* context, int32_t kind) {
     uint32_t options = context->options;
     switch (kind) {
@@ -229,6 +222,16 @@ bool IostatKeptUnderConversion(int32_t iostat) {
 }
 
 }  // namespace
+
+void CopyToIomsg(LocalContext* context, const char* text, int32_t length) {
+    if (context == nullptr || context->iomsgAddress == nullptr || context->iomsgLength <= 0) return;
+    // The variable holds the message line; its newline belongs to the error unit only, and
+    // would print as an empty line after TRIM(msg).
+    if (length > 0 && text[length - 1] == '\n') --length;
+    int32_t count = length < context->iomsgLength ? length : context->iomsgLength;
+    std::memcpy(context->iomsgAddress, text, count);
+    std::memset(context->iomsgAddress + count, ' ', context->iomsgLength - count);
+}
 
 int32_t ErrorHandler(int32_t errorClass, int32_t kind, int32_t message, int32_t iostat, ...) {
     GlobalContext* global = _GlobalContext;

@@ -52,6 +52,10 @@ int32_t IORaisePermanentError(LocalContext* context, UnitRecord* unit, int errno
 
 void ErrorCloseCatalog();
 
+// Stores a message line in the statement's IOMSG= variable, without its newline,
+// blank-padded or cut to the variable's length.
+void CopyToIomsg(LocalContext* context, const char* text, int32_t length);
+
 // Where the catalogue is looked for when catopen's search does not find it.
 extern const char* vrnFallbackCatalogPath;
 

@@ -87,11 +87,7 @@ void DeliverIostatAndIomsg(LocalContext* context) {
         }
     }
     // A statement with no message leaves the variable alone.
-    if (context->iomsgAddress != nullptr && context->iomsgLength > 0 && context->messageLength > 0) {
-        int32_t count = context->messageLength < context->iomsgLength ? context->messageLength : context->iomsgLength;
-        std::memcpy(context->iomsgAddress, context->messageBuffer, static_cast<size_t>(count));
-        std::memset(context->iomsgAddress + count, ' ', static_cast<size_t>(context->iomsgLength - count));
-    }
+    if (context->messageLength > 0) CopyToIomsg(context, context->messageBuffer, context->messageLength);
 }
 
 namespace {

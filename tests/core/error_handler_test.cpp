@@ -100,7 +100,7 @@ TEST_F(ErrorSpecifiers, IomsgIsFilledBeforeTheProgramEnds) {
             context->iomsgLength = sizeof message;
             // Exiting runs the clean-up; the check happens in a handler run by exit().
             static char* seen = message;
-            std::atexit([] { std::_Exit(std::string(seen, 9) == "3714-037\n" ? 42 : 43); });
+            std::atexit([] { std::_Exit(std::string(seen, 9) == "3714-037 " ? 42 : 43); });
             ErrorHandler(kClassSevere, kKindError, 37, 37, 0u);
         },
         ::testing::ExitedWithCode(42), "3714-037");

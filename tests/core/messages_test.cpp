@@ -82,7 +82,7 @@ TEST_F(Messages, IomsgReceivesTheCatalogueText) {
     Statement(6, ListWrite, &s, 0, &iostat).End();
     EXPECT_EQ(iostat, 211);
     std::string text(message, sizeof message);
-    std::string expected = "\"prog.f\", line 20: 3714-211 \"slash\" is not a value of DELIM= for unit 6.\n";
+    std::string expected = "\"prog.f\", line 20: 3714-211 \"slash\" is not a value of DELIM= for unit 6.";  // no newline
     EXPECT_EQ(text.substr(0, expected.size()), expected);
     EXPECT_EQ(text.find_first_not_of(' ', expected.size()), std::string::npos);
 }

@@ -140,8 +140,8 @@ TEST_F(StatementFrame, IomsgIsFilledOnErrorAndLeftAloneOnSuccess) {
     Statement(6, DirectListWrite, &bad, 0, &iostat, 0).End();
     EXPECT_EQ(iostat, 16);
     std::string text(message, sizeof message);
-    EXPECT_EQ(text.substr(0, 28), "\"prog.f\", line 13: 3714-016\n");
-    EXPECT_EQ(text.substr(28), std::string(12, ' '));
+    EXPECT_EQ(text.substr(0, 27), "\"prog.f\", line 13: 3714-016");  // the line without its newline
+    EXPECT_EQ(text.substr(27), std::string(13, ' '));
     run.Finish();
     EXPECT_EQ(run.err(), "");  // IOSTAT= was given: nothing printed
 }
