@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "convert/double_double.h"
 
@@ -46,6 +47,18 @@ int ubx_qfcvt_r(DoubleDouble value, int digits, int* decimalPoint, int* sign, ch
 
 // 10^n as a double-double.
 DoubleDouble pwr10(int n);
+
+// A REAL(4) value as a double for the conversions, a signalling NaN kept signalling:
+// the hardware conversion of some machines quiets it, which would print "NaN(Q)".
+inline double WidenKeepingNaNKind(float value) {
+    uint32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    if ((bits & 0x7F800000u) != 0x7F800000u || (bits & 0x007FFFFFu) == 0) return value;
+    uint64_t wide = (uint64_t{bits & 0x80000000u} << 32) | 0x7FF0000000000000ull | (uint64_t{bits & 0x007FFFFFu} << 29);
+    double result;
+    std::memcpy(&result, &wide, sizeof result);
+    return result;
+}
 
 // ---- Decimal to binary ----
 

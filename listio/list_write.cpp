@@ -234,7 +234,8 @@ int32_t LdNlR4ToDec(LocalContext* context, const void* value, char* out, bool pl
     std::memcpy(&single, value, sizeof single);
     char digits[kConversionBuffer];
     int point, sign;
-    ubx_ecvt_r(single, 10, &point, &sign, digits, sizeof digits, Spelling(context), static_cast<int>(context->modeRound));
+    ubx_ecvt_r(WidenKeepingNaNKind(single), 10, &point, &sign, digits, sizeof digits, Spelling(context),
+               static_cast<int>(context->modeRound));
     return LayoutReal(context, {10, false, true}, digits, point, sign != 0, !std::isfinite(single), plus, comma, out);
 }
 

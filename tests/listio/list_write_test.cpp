@@ -115,6 +115,22 @@ TEST_F(ListOutput, NotANumberAndInfinityInEachStyle) {
     EXPECT_EQ(Record([&](ListWriter& w) { w.Item(nan).Item(inf); }, 0, &plus), " +NAN +INF");
     SetOptions("naninfoutput=2003std");
     EXPECT_EQ(Record([&](ListWriter& w) { w.Item(nan).Item(inf).Item(-nan); }, 0, &plus), " NaN(Q) +Inf -NaN(Q)");
+    // Signalling NaNs of both kinds stay signalling, whatever the machine's conversions do.
+    auto floatOf = [](uint32_t bits) {
+        float f;
+        std::memcpy(&f, &bits, sizeof f);
+        return f;
+    };
+    auto doubleOf = [](uint64_t bits) {
+        double d;
+        std::memcpy(&d, &bits, sizeof d);
+        return d;
+    };
+    EXPECT_EQ(Record([&](ListWriter& w) {
+                  w.Item(floatOf(0x7F855555u)).Item(floatOf(0xFF800001u)).Item(floatOf(0x7FC00000u));
+                  w.Item(doubleOf(0x7FF5555555555555ull)).Item(doubleOf(0x7FF8000000000000ull));
+              }),
+              " NaN(S) -NaN(S) NaN(Q) NaN(S) NaN(Q)");
 }
 
 TEST_F(ListOutput, Logicals) {
