@@ -228,6 +228,15 @@ std::vector<std::string> Corpus() {
             for (const std::string& n : Neighbours(cut, false)) texts.push_back(n);
         }
     }
+    // Values just above the smallest normal printed with 17 digits: each reads back as
+    // itself in NEAREST.
+    for (int i = 0; i < kPerFamily; ++i) {
+        int e = uniform(minNormal, minNormal + 25);
+        uint64_t m = (uint64_t{1} << (precision - 1)) | (random() >> (64 - precision + 1));
+        char text[64];
+        std::snprintf(text, sizeof text, "%.16e", std::ldexp(static_cast<double>(m), e - precision + 1));
+        texts.push_back(text);
+    }
     // Long mantissas of 18 to 30 digits over the whole range.
     for (int i = 0; i < kPerFamily; ++i) {
         int digits = uniform(18, 30);
