@@ -99,6 +99,55 @@ void SnprintfFixed6(benchmark::State& state) {
 }
 BENCHMARK(SnprintfFixed6);
 
+// Texts that lie on a rounding boundary or next to one: exactly representable decimals
+// of 17 to 25 digits and halfway cases between neighbours, where the double-double cannot
+// decide and an exact comparison does.
+const std::vector<std::string>& HardTexts() {
+    static const std::vector<std::string> texts = [] {
+        std::mt19937_64 random(2);
+        std::vector<std::string> t;
+        char buffer[64];
+        while (t.size() < 4096) {
+            // m 2^j, or the midpoint (2m + 1) 2^(j-1) between it and its neighbour: whole
+            // numbers of up to 23 digits, printed exactly.
+            unsigned __int128 m = (random() >> 11) | (uint64_t{1} << 52);
+            int j = 1 + static_cast<int>(random() % 20);
+            unsigned __int128 v = t.size() % 2 == 0 ? m << j : (2 * m + 1) << (j - 1);
+            char digits[48];
+            int n = 0;
+            for (; v > 0; v /= 10) digits[n++] = static_cast<char>('0' + static_cast<int>(v % 10));
+            for (int k = 0; k < n; ++k) buffer[k] = digits[n - 1 - k];
+            buffer[n] = 0;
+            t.emplace_back(buffer);
+        }
+        return t;
+    }();
+    return texts;
+}
+
+void OursAtofHard(benchmark::State& state) {
+    size_t i = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(ubx_atof(HardTexts()[i++ & 4095].c_str(), kRoundNearest));
+}
+BENCHMARK(OursAtofHard);
+
+void StrtodHard(benchmark::State& state) {
+    size_t i = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(std::strtod(HardTexts()[i++ & 4095].c_str(), nullptr));
+}
+BENCHMARK(StrtodHard);
+
+void FromCharsHard(benchmark::State& state) {
+    size_t i = 0;
+    double value;
+    for (auto _ : state) {
+        const std::string& text = HardTexts()[i++ & 4095];
+        std::from_chars(text.data(), text.data() + text.size(), value);
+        benchmark::DoNotOptimize(value);
+    }
+}
+BENCHMARK(FromCharsHard);
+
 void OursAtof(benchmark::State& state) {
     size_t i = 0;
     for (auto _ : state) benchmark::DoNotOptimize(ubx_atof(Texts()[i++ & 4095].c_str(), kRoundNearest));

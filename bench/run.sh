@@ -64,7 +64,8 @@ print()
 print(f"{'conversion, ns each':34} {'ours':>8} {'to/from_chars':>14} {'glibc':>8} {'ours/chars':>11} {'ours/glibc':>11}")
 for label, ours, chars, glibc in [("REAL(8) to 17 significant digits", "Ours17Digits", "ToChars17Digits", "Snprintf17Digits"),
                                   ("REAL(8) to 6 digits behind point", "OursFixed6", "ToCharsFixed6", "SnprintfFixed6"),
-                                  ("decimal text to REAL(8)", "OursAtof", "FromChars", "Strtod")]:
+                                  ("decimal text to REAL(8)", "OursAtof", "FromChars", "Strtod"),
+                                  ("exact decimals, near-halfway texts", "OursAtofHard", "FromCharsHard", "StrtodHard")]:
     print(f"{label:34} {ns(ours):8.1f} {ns(chars):14.1f} {ns(glibc):8.1f} {ns(ours) / ns(chars):11.2f} {ns(ours) / ns(glibc):11.2f}")
 
 l = medians(lists_json)

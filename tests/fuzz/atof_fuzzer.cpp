@@ -4,6 +4,7 @@
 #include <cstring>
 #include <cstdint>
 #include <cstdlib>
+#include <initializer_list>
 #include <vector>
 
 #include "convert/convert.h"
@@ -16,8 +17,23 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     double value = ubx_atof(text.data(), key);
     float single = ubx_strtof(text.data(), nullptr, key);
     DoubleDouble pair = _qatof(text.data(), key);
-    // The directions agree with each other where the value is an ordinary number.
-    if (std::isfinite(value) && ubx_atof(text.data(), kRoundDown) > ubx_atof(text.data(), kRoundUp)) std::abort();
+    // The modes agree with each other: DOWN and UP are the same number or neighbours, and
+    // every other mode gives one of the two.
+    double down = ubx_atof(text.data(), kRoundDown);
+    double up = ubx_atof(text.data(), kRoundUp);
+    if (std::isfinite(down) && std::isfinite(up)) {
+        if (down > up || (down != up && std::nextafter(down, up) != up)) std::abort();
+        for (int other : {kRoundNearest, kRoundZero, kRoundCompatible}) {
+            double v = ubx_atof(text.data(), other);
+            if (v != down && v != up) std::abort();
+        }
+        float downSingle = ubx_strtof(text.data(), nullptr, kRoundDown);
+        float upSingle = ubx_strtof(text.data(), nullptr, kRoundUp);
+        if (std::isfinite(downSingle) && std::isfinite(upSingle) &&
+            (downSingle > upSingle || (downSingle != upSingle && std::nextafter(downSingle, upSingle) != upSingle))) {
+            std::abort();
+        }
+    }
     (void)single;
     (void)pair;
     uint32_t state = kScannerStart;
