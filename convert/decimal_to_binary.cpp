@@ -1,6 +1,8 @@
 // Decimal to binary: gather up to 30 significant digits (45 for 16-byte reals) exactly in
-// doubles, scale them by the decimal exponent as double-doubles, and round the sum once
-// in the ROUND= mode. Digits beyond are dropped but still counted in the exponent.
+// doubles and scale them by the decimal exponent as double-doubles. REAL(4) and REAL(8)
+// results are then rounded once onto the target's grid in the ROUND= mode, with an exact
+// comparison where the approximation is too near a boundary to decide; REAL(16) results
+// are the normalised pair. Digits beyond are dropped but still counted in the exponent.
 #include <cfenv>
 #include <cmath>
 #include <cstdint>
