@@ -346,6 +346,18 @@ TEST_F(RecordInput, AnUnterminatedLastRecordIsWholeAndTheNextReadMeetsTheEnd) {
             EXPECT_EQ(got, std::string("no newline").substr(0, static_cast<size_t>(count)));
             EXPECT_EQ(ReadRecord(12, &got, 2), -1) << access << " " << count;
             Close(12);
+            // The same after a non-advancing READ took the first bytes of that record.
+            ASSERT_EQ(OpenFile(12, "last.txt", access), 0);
+            EXPECT_EQ(ReadRecord(12, &got, 2), 0);
+            int32_t iostat = -1;
+            Statement part(12, ListRead, nullptr, VRN_OPTION_NONADVANCING, &iostat);
+            EXPECT_EQ(part.Read(3), "no ");
+            part.End();
+            EXPECT_EQ(iostat, 0);
+            EXPECT_EQ(ReadRecord(12, &got, count), 0) << access << " " << count;
+            EXPECT_EQ(got, std::string("newline").substr(0, static_cast<size_t>(count)));
+            EXPECT_EQ(ReadRecord(12, &got, 2), -1) << access << " " << count;
+            Close(12);
         }
     }
 }
