@@ -366,21 +366,28 @@ double ConvertMagnitude(const DecimalText& d, BinaryFormat format, MagnitudeRoun
     return GridToDouble(RoundOntoGrid(x, format, rounding), format, rounding);
 }
 
-double Special(const DecimalText& d) {
+// What a text without digits names, as an index into the IEEE value tables: 0 nothing
+// (the value 0), 1 infinity, 2 quiet NaN, 3 signalling NaN.
+int SpecialIndex(const DecimalText& d) {
     char first = *d.afterSign;
-    double value = 0;
-    if (first == 'i' || first == 'I') {
-        if (checknf(d.afterSign) != 0) value = kInfinity;
-    } else if (first == 'n' || first == 'N') {
+    if (first == 'i' || first == 'I') return checknf(d.afterSign) != 0 ? 1 : 0;
+    if (first == 'n' || first == 'N') {
         int kind = checknan(d.afterSign);
-        if (kind == 2) {
-            uint64_t bits = 0x7FF5555555555555ull;
-            std::memcpy(&value, &bits, sizeof value);
-        } else if (kind != 0) {
-            value = std::nan("");
-        }
+        return kind == 2 ? 3 : kind != 0 ? 2 : 0;
     }
-    return d.negative ? -value : value;
+    return 0;
+}
+
+// The value from the type's own table, so that a signalling NaN is never converted (and
+// quieted) on its way.
+template <typename Float, typename Bits>
+Float Special(const DecimalText& d, const Bits (&table)[7]) {
+    int index = SpecialIndex(d);
+    if (index == 0) return d.negative ? -Float(0) : Float(0);
+    Bits bits = table[d.negative ? index + 3 : index];
+    Float value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
 }
 
 }  // namespace
@@ -401,7 +408,7 @@ int checknf(const char* text) {
 double ubx_atof(const char* text, int roundKey) {
     if (text == nullptr) return 0;
     DecimalText d = Scan(text, 2);
-    if (!d.anyDigit) return Special(d);
+    if (!d.anyDigit) return Special<double>(d, d_ieee_val);
     NearestRoundingScope nearest;  // the double-double steps are exact only so
     double settled;
     double magnitude =
@@ -415,7 +422,7 @@ float ubx_strtof(const char* text, char** end, int roundKey) {
     if (text == nullptr) return 0;
     DecimalText d = Scan(text, 2);
     if (end != nullptr) *end = const_cast<char*>(d.end);
-    if (!d.anyDigit) return static_cast<float>(Special(d));
+    if (!d.anyDigit) return Special<float>(d, f_ieee_val);
     NearestRoundingScope nearest;
     double settled;
     // Rounded once, straight onto the float grid; the conversion to float is then exact.
@@ -430,7 +437,7 @@ DoubleDouble _qatof(const char* text, int roundKey) {
     DoubleDouble zero{0.0, 0.0};
     if (text == nullptr) return zero;
     DecimalText d = Scan(text, 3);
-    if (!d.anyDigit) return {Special(d), 0.0};
+    if (!d.anyDigit) return {Special<double>(d, ld_ieee_val), 0.0};
     NearestRoundingScope rounding;
     double sign = d.negative ? -1.0 : 1.0;
     if (d.blocks[0] == 0) return {sign * 0.0, 0.0};

@@ -177,6 +177,17 @@ TEST(DecimalToBinary, HalfwayCasesAndTheLimits) {
     EXPECT_EQ(ubx_atof(nullptr, kRoundNearest), 0.0);
     EXPECT_TRUE(std::isnan(ubx_atof("NaN", kRoundNearest)));
     EXPECT_EQ(ubx_atof("-Infinity", kRoundNearest), -INFINITY);
+    // NaNs keep their kind in every width: the patterns of the IEEE value tables.
+    auto bitsOf = [](auto value) {
+        uint64_t bits = 0;
+        std::memcpy(&bits, &value, sizeof value);
+        return bits;
+    };
+    EXPECT_EQ(bitsOf(ubx_strtof("NaNS", nullptr, kRoundNearest)), 0x7F855555u);
+    EXPECT_EQ(bitsOf(ubx_strtof("-nanq", nullptr, kRoundNearest)), 0xFFC00000u);
+    EXPECT_EQ(bitsOf(ubx_atof("nans", kRoundNearest)), 0x7FF5555555555555ull);
+    EXPECT_EQ(bitsOf(ubx_atof("-nan", kRoundNearest)), 0xFFF8000000000000ull);
+    EXPECT_EQ(bitsOf(_qatof("-nans", kRoundNearest).hi), 0xFFF5555555555555ull);
     EXPECT_EQ(ubx_atof("inf", kRoundNearest), INFINITY);
     EXPECT_EQ(ubx_atof("junk", kRoundNearest), 0.0);
     EXPECT_EQ(checknan("nanq"), 1);
