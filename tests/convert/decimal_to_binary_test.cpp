@@ -9,6 +9,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <type_traits>
 
 #include "convert/convert.h"
 #include "core/float_status.h"
@@ -179,7 +180,7 @@ TEST(DecimalToBinary, HalfwayCasesAndTheLimits) {
     EXPECT_EQ(ubx_atof("-Infinity", kRoundNearest), -INFINITY);
     // NaNs keep their kind in every width: the patterns of the IEEE value tables.
     auto bitsOf = [](auto value) {
-        uint64_t bits = 0;
+        std::conditional_t<sizeof value == 4, uint32_t, uint64_t> bits;
         std::memcpy(&bits, &value, sizeof value);
         return bits;
     };
