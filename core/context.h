@@ -50,6 +50,12 @@ struct GlobalContext {
 };
 
 using EndRoutine = int32_t (*)(LocalContext*);
+
+// The buffer a format encoding writes its first chunk into; it survives the encoding.
+struct FormatCodeBuffer {
+    void* base;
+    int32_t bytes;
+};
 using UnformattedItemRoutine = int32_t (*)(LocalContext*, void*, int32_t);
 
 struct LocalContext {
@@ -130,6 +136,9 @@ struct LocalContext {
     uint32_t modeDecimal;
     uint32_t modeRound;
     int32_t command;
+    // The code of a format encoded at run time. Each context has its own, so that a
+    // statement started inside another one does not overwrite its parent's format.
+    FormatCodeBuffer formatBuffer;
 };
 
 // The process-wide state. _LocalContext[0] is the top of the context stack, [1] the

@@ -143,6 +143,158 @@ int32_t _vrnWriteLDReal(LocalContext* context, const void* value, int32_t ignore
 int32_t _vrnWriteLDCmplx(LocalContext* context, const void* value, const int32_t* totalLength, const int32_t* partKind);
 int32_t _vrnWriteLDChar(LocalContext* context, const char* text, const int32_t* length);
 
+/* ---- Format encoder: format text to EncodedFormat -------------------------------
+ * The code is a run of 32-bit words in the target's byte order (or 64-bit slots in the
+ * 64-bit encoding, each holding the value a word would hold). An operation is an op word
+ * followed by its operands. The op word keeps the descriptor code in bits 31-16 and the
+ * operand kinds in bits 15-0, four bits an operand, operand 1 in the lowest nibble. */
+
+/* Code bits of the op word's high half. */
+#define VRN_FMT_CONTROL 0x8000u /* a control operation */
+#define VRN_FMT_GENERIC 0x4000u /* G: the descriptor follows the data item's type */
+#define VRN_FMT_CODE_MASK 0x3FFFu
+
+/* Descriptor codes, without the two bits above. */
+#define VRN_FMT_UNKNOWN 0 /* no-op */
+#define VRN_FMT_HEADER 1
+#define VRN_FMT_LPAREN 2
+#define VRN_FMT_RPAREN 3
+#define VRN_FMT_REPEAT 4
+#define VRN_FMT_END 5
+#define VRN_FMT_CONT 6
+#define VRN_FMT_SLASH 7
+#define VRN_FMT_COLON 8
+#define VRN_FMT_BN 9
+#define VRN_FMT_BZ 10
+#define VRN_FMT_P 11
+#define VRN_FMT_S 12
+#define VRN_FMT_SS 13
+#define VRN_FMT_SP 14
+#define VRN_FMT_T 15
+#define VRN_FMT_TL 16
+#define VRN_FMT_TR 17
+#define VRN_FMT_X 18
+#define VRN_FMT_DOLLAR 19
+#define VRN_FMT_I 20
+#define VRN_FMT_IM 21
+#define VRN_FMT_B 22
+#define VRN_FMT_BM 23
+#define VRN_FMT_O 24
+#define VRN_FMT_OM 25
+#define VRN_FMT_Z 26
+#define VRN_FMT_ZM 27
+#define VRN_FMT_D 28
+#define VRN_FMT_QWD 29
+#define VRN_FMT_F 30
+#define VRN_FMT_E 31
+#define VRN_FMT_EE 32 /* E w.dEe */
+#define VRN_FMT_ED 33 /* E w.dDe */
+#define VRN_FMT_EQ 34 /* E w.dQe */
+#define VRN_FMT_EN 35
+#define VRN_FMT_ENE 36
+#define VRN_FMT_ES 37
+#define VRN_FMT_ESE 38
+#define VRN_FMT_G 39
+#define VRN_FMT_GE 40
+#define VRN_FMT_GD 41
+#define VRN_FMT_GQ 42
+#define VRN_FMT_L 43
+#define VRN_FMT_A 44
+#define VRN_FMT_AW 45
+#define VRN_FMT_Q 46 /* the character count */
+#define VRN_FMT_APOSTROPHE 47
+#define VRN_FMT_QUOTE 48
+#define VRN_FMT_H 49
+#define VRN_FMT_DT 50
+#define VRN_FMT_DC 51
+#define VRN_FMT_DP 52
+#define VRN_FMT_RU 53
+#define VRN_FMT_RD 54
+#define VRN_FMT_RZ 55
+#define VRN_FMT_RN 56
+#define VRN_FMT_RC 57
+#define VRN_FMT_RP 58
+#define VRN_FMT_HEADER_PADDED 59
+
+/* Operand kinds. */
+#define VRN_FMT_ABSENT 0
+#define VRN_FMT_CONSTANT 1
+#define VRN_FMT_VARIABLE 2 /* the operand is the index of an expression record */
+#define VRN_FMT_OMITTED 3  /* the operand is 0 and the run-time default applies */
+
+/* The header: five units in front of the first operation. */
+#define VRN_FMT_HEADER_OP 0       /* 0x80010000 */
+#define VRN_FMT_HEADER_LENGTH 1   /* units of the whole code, header included */
+#define VRN_FMT_HEADER_DEPTH 2    /* deepest parenthesis nesting */
+#define VRN_FMT_HEADER_FLAGS 3
+#define VRN_FMT_HEADER_FIRST_CONT 4
+#define VRN_FMT_HAS_T 0x1u       /* a T or TL occurs */
+#define VRN_FMT_CONTIGUOUS 0x2u  /* the code is one block */
+#define VRN_FMT_ENCODING64 0x4u
+
+/* Flags, the second argument of _vrnEncodeFormat. */
+#define VRN_FMT_COMPILE_TIME 0x0001u
+#define VRN_FMT_EXPRESSIONS 0x0002u /* "<...>" operands */
+#define VRN_FMT_LEVEL_F77 0x0004u
+#define VRN_FMT_LEVEL_PRE90 0x0008u
+#define VRN_FMT_LEVEL_F90 0x0010u
+#define VRN_FMT_NO_HOLLERITH 0x0020u
+#define VRN_FMT_Q_COUNT 0x0040u
+#define VRN_FMT_ESCAPES 0x0080u
+#define VRN_FMT_MULTIBYTE 0x0100u
+#define VRN_FMT_64BIT 0x0200u /* with VRN_FMT_COMPILE_TIME */
+#define VRN_FMT_LEVEL_F95 0x0400u
+#define VRN_FMT_LEVEL_F2003 0x0800u
+#define VRN_FMT_INTEGER2 0x1000u
+#define VRN_FMT_INTEGER8 0x2000u
+#define VRN_FMT_LEVEL_F2008 0x4000u
+
+/* One record for each "<...>" operand, in order of appearance. */
+typedef struct VrnFormatExpression {
+    int32_t textPosition;       /* offset of the first character behind "<" */
+    int32_t textLength;         /* with "<" and ">" */
+    int32_t byteOffset;         /* of the op word, from the start of the (packed) code */
+    int32_t operandIndex;       /* 0 w or a repeat, 1 d or m, 2 e; 3 + n the DT v-list entry n */
+    int32_t descriptorNumber;
+    int32_t descriptorPosition;
+} VrnFormatExpression;
+
+/* Called for every diagnostic: callback(code, descriptorNumber, position, virtualCode, a, b,
+ * c, 0). It returns 1 to go on with a repair, 0 to stop, any other value to stop and have
+ * the encoder return it. */
+typedef intptr_t (*VrnFormatCallback)(intptr_t code, intptr_t descriptorNumber, intptr_t position,
+                                      intptr_t virtualCode, intptr_t a, intptr_t b, intptr_t c,
+                                      intptr_t reserved);
+
+typedef struct VrnFormatText {
+    const char* text;
+    int32_t length;
+} VrnFormatText;
+
+/* 1 and the results stored on success; otherwise 0 or the callback's stopping value. A
+ * compile-time call returns a code that the caller owns when it had to be packed, and
+ * otherwise one in the library's buffer, valid until the next compile-time call. */
+intptr_t _vrnEncodeFormat(const VrnFormatText* format, uint32_t flags, VrnFormatCallback callback,
+                          int32_t* expressionCount, VrnFormatExpression** expressionTable,
+                          void** encoded, int32_t* encodedBytes);
+intptr_t _vrnencodeformat(const char* text, int32_t length, uint32_t flags, VrnFormatCallback callback,
+                          int32_t* expressionCount, VrnFormatExpression** expressionTable,
+                          void** encoded, int32_t* encodedBytes);
+intptr_t _vrnencodeformat_fe(uint32_t flags, VrnFormatCallback callback, int32_t* expressionCount,
+                             VrnFormatExpression** expressionTable, void** encoded, int32_t* encodedBytes,
+                             const char* text, int32_t length);
+/* Replaces the variable operand of a record by a folded constant: 1 when done. */
+intptr_t _vrnSetFormatConstant(void* encoded, VrnFormatCallback callback, const VrnFormatExpression* record,
+                               intptr_t value);
+intptr_t _vrnsetformatconstant(void* encoded, VrnFormatCallback callback, const VrnFormatExpression* record,
+                               int32_t valueHigh, uint32_t valueLow);
+/* 1 for the 32-bit encoding, 2 for the 64-bit one, else 0. */
+int32_t _vrnEncodingMode(const void* encoded);
+int32_t _vrnencodingmode(const void* encoded);
+/* Frees the compile-time code buffer and expression table. */
+void _vrnFreeFormatMemory(void);
+void _vrnfreeformatmemory(void);
+
 /* ---- Run-time descriptors ---------------------------------------------------------
  * The RTD tells the library where a data object lies, its type and shape. Words are
  * 32-bit in the target's byte order; on a 64-bit host the address words are 64-bit and
