@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
@@ -174,4 +174,22 @@ for n in (500, 1000, 2000):
 PY
   rm -f "$products"
 fi
+# The format encoder: strlen of the same text is the floor.
+formats=$(mktemp)
+build/host/bench/format_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$formats" --benchmark_out_format=json >/dev/null 2>&1
+python3 - "$formats" <<'PY'
+import json, sys
+runs = {b["run_name"]: b for b in json.load(open(sys.argv[1]))["benchmarks"] if b.get("aggregate_name") == "median"}
+floor = runs["StrlenFloor"]["real_time"]
+print()
+print(f"{'encode (1X,I5,2(F10.3,1X),A,ES24.16)':40} {'ns':>8} {'x strlen':>9} {'mallocs':>8}")
+for label, name in [("run time, the context's buffer", "EncodeRuntime"),
+                    ("compile time, 32-bit words", "EncodeCompileTime"),
+                    ("compile time, 64-bit slots", "EncodeCompileTime64")]:
+    run = runs[name]
+    print(f"{label:40} {run['real_time']:8.1f} {run['real_time'] / floor:9.1f} {run['mallocs_per_encoding']:8.2f}")
+print(f"{'strlen of the text (floor)':40} {floor:8.1f} {1.0:9.1f}")
+PY
+rm -rf "$formats"
 rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"

@@ -123,7 +123,9 @@ public:
           flags_(flags),
           callback_(callback),
           buffer_(buffer),
-          table_(Traits::Table()) {}
+          table_(Traits::Table()),
+          classes_(*__ctype_b_loc()),
+          lower_(*__ctype_tolower_loc()) {}
 
     intptr_t Run(EncodedResult* result);
 
@@ -159,9 +161,11 @@ private:
     }
 
     // ---- text ----
+    // Blanks are insignificant and case does not matter, by the C library's tables of the
+    // current locale, read directly: this is the encoder's innermost loop.
     int Peek() {
-        while (cursor_ < length_ && std::isspace(text_[cursor_])) ++cursor_;
-        return cursor_ < length_ ? std::tolower(text_[cursor_]) : -1;
+        while (cursor_ < length_ && (classes_[text_[cursor_]] & _ISspace)) ++cursor_;
+        return cursor_ < length_ ? lower_[text_[cursor_]] : -1;
     }
     int Take() {
         int c = Peek();
@@ -292,6 +296,8 @@ private:
     VrnFormatCallback callback_;
     FormatCodeBuffer* buffer_;
     const DescDefaultRow* table_;
+    const unsigned short* classes_;
+    const int32_t* lower_;
     intptr_t stop_ = kGoing;
 
     int virtualCode_ = 0;
@@ -1397,7 +1403,13 @@ void Encoder<Unit>::SeparatorCheck() {
 template <class Unit>
 void Encoder<Unit>::Dispatch(int c) {
     separator_ = 0;
-    if (c > 0 && std::strchr("abdefghilopqrstxz", c) != nullptr) ++cursor_;
+    // The letters of descriptors are taken here; their handlers read what follows.
+    constexpr uint32_t kLetters = [] {
+        uint32_t mask = 0;
+        for (const char* letter = "abdefghilopqrstxz"; *letter != 0; ++letter) mask |= 1u << (*letter - 'a');
+        return mask;
+    }();
+    if (c >= 'a' && c <= 'z' && (kLetters >> (c - 'a') & 1u)) ++cursor_;
     switch (c) {
     case '\'':
     case '"':
@@ -1569,7 +1581,7 @@ void Encoder<Unit>::ErrorWrapUp() {
 
 template <class Unit>
 intptr_t Encoder<Unit>::Run(EncodedResult* result) {
-    std::mblen(nullptr, 0);
+    if (flags_ & VRN_FMT_MULTIBYTE) std::mblen(nullptr, 0);
     if (!InitializeEncode()) {
         if (callback_ != nullptr) callback_(36, 0, 0, 0, 0, 0, 0, 0);
         return 0;

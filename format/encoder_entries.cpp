@@ -166,6 +166,7 @@ template <class Unit>
 intptr_t SetFormatConstant(void* encoded, VrnFormatCallback callback, const VrnFormatExpression* record,
                            int64_t value) {
     int32_t offset = record->byteOffset;
+    if (offset < 0) return 1;  // its descriptor was dropped as bad
     if constexpr (sizeof(Unit) == 8) offset &= ~7;
     auto* op = reinterpret_cast<Unit*>(static_cast<uint8_t*>(encoded) + offset);
     auto word = static_cast<uint32_t>(op[0]);

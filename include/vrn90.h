@@ -253,7 +253,7 @@ int32_t _vrnWriteLDChar(LocalContext* context, const char* text, const int32_t* 
 typedef struct VrnFormatExpression {
     int32_t textPosition;       /* offset of the first character behind "<" */
     int32_t textLength;         /* with "<" and ">" */
-    int32_t byteOffset;         /* of the op word, from the start of the (packed) code */
+    int32_t byteOffset;         /* of the op word in the (packed) code; -1 when the item was dropped */
     int32_t operandIndex;       /* 0 w or a repeat, 1 d or m, 2 e; 3 + n the DT v-list entry n */
     int32_t descriptorNumber;
     int32_t descriptorPosition;
@@ -788,6 +788,8 @@ VRN_STATIC_ASSERT(offsetof(RTDArray, dims) == 20 && sizeof(RTDDimension) == 12, 
 VRN_STATIC_ASSERT(sizeof(RTDV2Fields) == 28, "the V2 fields are seven words");
 VRN_STATIC_ASSERT(sizeof(RTDTypeinfo) == 44, "a typeinfo is eleven words");
 VRN_STATIC_ASSERT(offsetof(ResultRecord, rtd_base_ptr) == 4, "a result record is a base_ptr, then the RTD");
+VRN_STATIC_ASSERT(sizeof(VrnFormatExpression) == 24, "an expression record is six words");
+VRN_STATIC_ASSERT(sizeof(VrnFormatText) == 8, "a format text is an address and a length");
 #endif
 
 #endif
