@@ -51,7 +51,10 @@ Encoding Encode(const std::string& text, uint32_t flags, intptr_t reply = 1) {
     if (out.result != 1) return out;
     bool wide = _vrnEncodingMode(code) == 2;
     int unit = wide ? 8 : 4;
-    for (int32_t i = 0; i < out.bytes / unit; ++i) {
+    // A chained code is one block no more: only its header is read here.
+    int64_t codeFlags = wide ? static_cast<const int64_t*>(code)[3] : static_cast<const int32_t*>(code)[3];
+    int32_t units = (codeFlags & VRN_FMT_CONTIGUOUS) ? out.bytes / unit : 5;
+    for (int32_t i = 0; i < units; ++i) {
         if (wide) {
             int64_t slot;
             std::memcpy(&slot, static_cast<const char*>(code) + 8 * i, 8);
