@@ -172,14 +172,6 @@ private:
         if (c != -1) ++cursor_;
         return c;
     }
-    // The character behind the next one, blanks skipped.
-    int PeekSecond() {
-        int32_t saved = cursor_;
-        Take();
-        int c = Peek();
-        cursor_ = saved;
-        return c;
-    }
     static bool IsDigit(int c) { return c >= '0' && c <= '9'; }
     static bool IsSeparator(int c) { return c == -1 || c == ',' || c == ')' || c == '/' || c == ':'; }
 
@@ -234,6 +226,24 @@ private:
     void CheckRepeatRange();
     void RepeatNotAllowed();
     bool HasRepeat() const { return pending_ == kRepeat; }
+    // P, X and H take the repeat as their operand: it is no Repeat op.
+    bool TakeRepeat(Operand* operand) {
+        bool had = HasRepeat();
+        *operand = repeat_;
+        pending_ = kNoRepeat;
+        repeat_ = {};
+        return had;
+    }
+    // Steps over the text of an operand, digits or "<...>", for a look ahead.
+    void SkipOperandText() {
+        int c = Peek();
+        if (IsDigit(c)) {
+            while (IsDigit(Peek())) ++cursor_;
+        } else if (c == '<') {
+            const void* close = std::memchr(text_ + cursor_, '>', length_ - cursor_);
+            if (close != nullptr) cursor_ = static_cast<int32_t>(static_cast<const uint8_t*>(close) - text_) + 1;
+        }
+    }
 
     // ---- descriptors ----
     void Dispatch(int c);
@@ -456,18 +466,9 @@ bool Encoder<Unit>::IsExponent() {
     // the end of the item follow.
     int32_t saved = cursor_;
     ++cursor_;
-    int c = Peek();
-    bool operand = false;
-    if (IsDigit(c)) {
-        while (IsDigit(Peek())) ++cursor_;
-        operand = true;
-    } else if (c == '<') {
-        const void* close = std::memchr(text_ + cursor_, '>', length_ - cursor_);
-        if (close != nullptr) {
-            cursor_ = static_cast<int32_t>(static_cast<const uint8_t*>(close) - text_) + 1;
-            operand = true;
-        }
-    }
+    int32_t start = cursor_;
+    SkipOperandText();
+    bool operand = cursor_ != start && (IsDigit(text_[cursor_ - 1]) || text_[cursor_ - 1] == '>');
     bool result = operand && IsSeparator(Peek());
     cursor_ = saved;
     return result;
@@ -846,10 +847,8 @@ void Encoder<Unit>::DoL() {
 template <class Unit>
 void Encoder<Unit>::DoP() {
     virtualCode_ = 7;
-    Operand scale = repeat_;
-    bool had = HasRepeat();
-    pending_ = kNoRepeat;
-    repeat_ = {};
+    Operand scale;
+    bool had = TakeRepeat(&scale);
     if (!had) {
         if (!Report(10)) return;
         scale = {kConstant, 0};
@@ -874,12 +873,7 @@ void Encoder<Unit>::ApplyPCommaRules() {
     if (!(flags_ & (VRN_FMT_LEVEL_F77 | VRN_FMT_LEVEL_F90 | VRN_FMT_LEVEL_F95 | VRN_FMT_LEVEL_F2003 |
                     VRN_FMT_LEVEL_F2008))) {
         int32_t saved = cursor_;
-        if (IsDigit(c)) {
-            while (IsDigit(Peek())) ++cursor_;
-        } else if (c == '<') {
-            const void* close = std::memchr(text_ + cursor_, '>', length_ - cursor_);
-            if (close != nullptr) cursor_ = static_cast<int32_t>(static_cast<const uint8_t*>(close) - text_) + 1;
-        }
+        SkipOperandText();
         c = Peek();
         cursor_ = saved;
     }
@@ -893,13 +887,7 @@ void Encoder<Unit>::DoQ() {
     if (flags_ & VRN_FMT_Q_COUNT) {
         // Q is the character count unless a w and a "." follow.
         int32_t saved = cursor_;
-        int c = Peek();
-        if (IsDigit(c)) {
-            while (IsDigit(Peek())) ++cursor_;
-        } else if (c == '<') {
-            const void* close = std::memchr(text_ + cursor_, '>', length_ - cursor_);
-            if (close != nullptr) cursor_ = static_cast<int32_t>(static_cast<const uint8_t*>(close) - text_) + 1;
-        }
+        SkipOperandText();
         count = Peek() != '.';
         cursor_ = saved;
     }
@@ -987,10 +975,8 @@ void Encoder<Unit>::DoT() {
 template <class Unit>
 void Encoder<Unit>::DoX() {
     virtualCode_ = 14;
-    Operand count = repeat_;
-    bool had = HasRepeat();
-    pending_ = kNoRepeat;
-    repeat_ = {};
+    Operand count;
+    bool had = TakeRepeat(&count);
     if (!had) {
         if ((flags_ & (VRN_FMT_LEVEL_F90 | VRN_FMT_LEVEL_F95 | VRN_FMT_LEVEL_F2003 | VRN_FMT_LEVEL_F2008)) &&
             !Report(9)) {
@@ -1017,10 +1003,8 @@ void Encoder<Unit>::DoHollerith() {
     virtualCode_ = 32;
     if ((flags_ & VRN_FMT_NO_HOLLERITH) && !Report(39)) return;
     if ((flags_ & (VRN_FMT_LEVEL_F95 | VRN_FMT_LEVEL_F2003 | VRN_FMT_LEVEL_F2008)) && !Report(44)) return;
-    Operand count = repeat_;
-    bool had = HasRepeat();
-    pending_ = kNoRepeat;
-    repeat_ = {};
+    Operand count;
+    bool had = TakeRepeat(&count);
     bool skip = false;
     if (!had) {
         skip = Report(20);
