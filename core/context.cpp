@@ -170,7 +170,10 @@ void FreeLocalContext(LocalContext** anchor) {
     std::free(block->scanBuffer);
     while (block != nullptr) {
         LocalContext* nextBlock = block[kContextBlock - 1].next;
-        for (int i = 0; i < kContextBlock; ++i) std::free(block[i].formatBuffer.base);
+        for (int i = 0; i < kContextBlock; ++i) {
+            std::free(block[i].formatBuffer.base);
+            std::free(block[i].fmt.stackBase);
+        }
         std::free(block);
         block = nextBlock;
     }

@@ -12,6 +12,7 @@
 
 #include "core/lists.h"
 #include "core/options.h"
+#include "format/format_state.h"
 
 struct UnitRecord;
 struct InternalFile;
@@ -139,6 +140,7 @@ struct LocalContext {
     // The code of a format encoded at run time. Each context has its own, so that a
     // statement started inside another one does not overwrite its parent's format.
     FormatCodeBuffer formatBuffer;
+    FormatState fmt;
 };
 
 // The process-wide state. _LocalContext[0] is the top of the context stack, [1] the

@@ -15,6 +15,7 @@
 #include "core/export.h"
 #include "core/keywords.h"
 #include "core/unit.h"
+#include "format/format_control.h"
 #include "listio/listio.h"
 #include "transport/internal_file.h"
 #include "transport/transport.h"
@@ -24,7 +25,7 @@ const BeginRoutine DispatchBeginIO[kDispatchEntries] = {
     nullptr, nullptr, nullptr, nullptr,         // unformatted, synchronous and asynchronous
     BeginIOReadLd, BeginIOWriteLd, nullptr, nullptr,  // list-directed
     nullptr, nullptr, nullptr, nullptr,         // namelist
-    nullptr, nullptr, nullptr, nullptr,         // formatted
+    BeginIOFmt, BeginIOFmt, nullptr, nullptr,   // formatted
 };
 
 namespace {
@@ -139,6 +140,7 @@ void ResetStatement(LocalContext* context, uint32_t statementFlags, uint32_t opt
     context->writeItem = nullptr;
     context->aioRequest = nullptr;
     context->streamPosition = -1;
+    context->fmt.format = nullptr;
 }
 
 LocalContext* Stop(LocalContext* context) {

@@ -143,6 +143,28 @@ int32_t _vrnWriteLDReal(LocalContext* context, const void* value, int32_t ignore
 int32_t _vrnWriteLDCmplx(LocalContext* context, const void* value, const int32_t* totalLength, const int32_t* partKind);
 int32_t _vrnWriteLDChar(LocalContext* context, const char* text, const int32_t* length);
 
+/* ---- Formatted statements ----------------------------------------------------
+ * The last argument of _vrnBeginIO for a formatted READ or WRITE is the address of a
+ * format block. A character format gives its text and length, to be encoded at run time;
+ * a format the compiler encoded gives a text address of 0 and the code's address. */
+typedef intptr_t (*VrnFormatExpressionFunction)(intptr_t environment);
+typedef struct VrnFormatBlock {
+    uintptr_t version; /* 1 */
+    const char* text;
+    uintptr_t lengthOrCode;
+    intptr_t expressionEnvironment;                   /* passed to every expression function */
+    const VrnFormatExpressionFunction* expressionTable; /* indexed by a "<...>" operand's word */
+} VrnFormatBlock;
+
+/* Item types: 0 integer, 1 logical, 2 character, 3 byte, 4 real, 5 complex, 6 derived.
+ * The lengths are passed by address: for a complex item the element length is that of one
+ * part and the second part lies at item + totalLength / 2. */
+int32_t _vrnWriteFmt(LocalContext* context, const void* item, const int32_t* totalLength,
+                     const int32_t* elementLength, int32_t type);
+/* A contiguous run of like items, totalBytes long, element by element. */
+int32_t _vrnWriteFmtSeg(LocalContext* context, const void* base, int32_t totalBytes, int32_t elementLength,
+                        int32_t type, int32_t characterLength);
+
 /* ---- Format encoder: format text to EncodedFormat -------------------------------
  * The code is a run of 32-bit words in the target's byte order (or 64-bit slots in the
  * 64-bit encoding, each holding the value a word would hold). An operation is an op word
@@ -790,6 +812,7 @@ VRN_STATIC_ASSERT(sizeof(RTDTypeinfo) == 44, "a typeinfo is eleven words");
 VRN_STATIC_ASSERT(offsetof(ResultRecord, rtd_base_ptr) == 4, "a result record is a base_ptr, then the RTD");
 VRN_STATIC_ASSERT(sizeof(VrnFormatExpression) == 24, "an expression record is six words");
 VRN_STATIC_ASSERT(sizeof(VrnFormatText) == 8, "a format text is an address and a length");
+VRN_STATIC_ASSERT(sizeof(VrnFormatBlock) == 20, "a format block is five words");
 #endif
 
 #endif

@@ -111,6 +111,101 @@ InternalWrite& InternalWrite::Bytes(std::string_view bytes) {
 
 int32_t InternalWrite::End() { return _vrnEndIO(context_); }
 
+namespace {
+constexpr uint32_t kFormattedWrite = FormattedWrite;
+constexpr uint32_t kInternalFormattedWrite = FormattedWrite | VRN_FLAG_INTERNAL;
+
+template <class T>
+const void* OfKind(const T& value, int32_t kind, int8_t& one, int16_t& two, int32_t& four) {
+    one = static_cast<int8_t>(value);
+    two = static_cast<int16_t>(value);
+    four = static_cast<int32_t>(value);
+    return kind == 1 ? static_cast<const void*>(&one) : kind == 2 ? static_cast<const void*>(&two)
+         : kind == 4 ? static_cast<const void*>(&four) : static_cast<const void*>(&value);
+}
+}  // namespace
+
+FormatWriter::FormatWriter(int32_t unit, std::string_view format, Specifiers* specifiers, uint32_t options,
+                           void* iostat)
+    : text_(format), unit_(unit) {
+    block_ = VrnFormatBlock{1, text_.data(), text_.size(), 0, nullptr};
+    context_ = _vrnBeginIO(&unit_, kFormattedWrite, specifiers != nullptr ? specifiers->list() : nullptr, options,
+                           iostat, 0, &block_);
+}
+
+FormatWriter::FormatWriter(char* base, uint32_t length, uint32_t records, std::string_view format, uint32_t options,
+                           void* iostat, Specifiers* specifiers)
+    : text_(format),
+      file_{reinterpret_cast<uintptr_t>(base), static_cast<uintptr_t>(length) * records, length},
+      fileAddress_(&file_) {
+    block_ = VrnFormatBlock{1, text_.data(), text_.size(), 0, nullptr};
+    context_ = _vrnBeginIO(&fileAddress_, kInternalFormattedWrite, specifiers != nullptr ? specifiers->list() : nullptr,
+                           options, iostat, 0, &block_);
+}
+
+FormatWriter::FormatWriter(int32_t unit, const void* code, Specifiers* specifiers, uint32_t options, void* iostat,
+                           intptr_t environment, const VrnFormatExpressionFunction* table)
+    : unit_(unit) {
+    block_ = VrnFormatBlock{1, nullptr, reinterpret_cast<uintptr_t>(code), environment, table};
+    context_ = _vrnBeginIO(&unit_, kFormattedWrite, specifiers != nullptr ? specifiers->list() : nullptr, options,
+                           iostat, 0, &block_);
+}
+
+FormatWriter& FormatWriter::Raw(const void* item, int32_t totalLength, int32_t elementLength, int32_t type) {
+    _vrnWriteFmt(context_, item, &totalLength, &elementLength, type);
+    return *this;
+}
+
+FormatWriter& FormatWriter::Integer(int64_t value, int32_t kind) {
+    int8_t one;
+    int16_t two;
+    int32_t four;
+    return Raw(OfKind(value, kind, one, two, four), kind, kind, 0);
+}
+
+FormatWriter& FormatWriter::Item(float value) { return Raw(&value, 4, 4, 4); }
+FormatWriter& FormatWriter::Item(double value) { return Raw(&value, 8, 8, 4); }
+
+FormatWriter& FormatWriter::Real16(double high, double low) {
+    double pair[2] = {high, low};
+    return Raw(pair, 16, 16, 4);
+}
+
+FormatWriter& FormatWriter::Logical(int64_t value, int32_t kind) {
+    int8_t one;
+    int16_t two;
+    int32_t four;
+    return Raw(OfKind(value, kind, one, two, four), kind, kind, 1);
+}
+
+FormatWriter& FormatWriter::Complex(float real, float imaginary) {
+    float parts[2] = {real, imaginary};
+    return Raw(parts, 8, 4, 5);
+}
+
+FormatWriter& FormatWriter::Complex(double real, double imaginary) {
+    double parts[2] = {real, imaginary};
+    return Raw(parts, 16, 8, 5);
+}
+
+FormatWriter& FormatWriter::Item(std::string_view text) {
+    return Raw(text.data(), static_cast<int32_t>(text.size()), static_cast<int32_t>(text.size()), 2);
+}
+
+int32_t FormatWriter::End() { return _vrnEndIO(context_); }
+
+std::string InternalRecords(const char* base, uint32_t length, uint32_t records) {
+    std::string out;
+    for (uint32_t r = 0; r < records; ++r) {
+        std::string record(base + static_cast<size_t>(r) * length, length);
+        if (record[0] == '\x01') break;  // never written
+        size_t last = record.find_last_not_of(' ');
+        out += record.substr(0, last == std::string::npos ? 0 : last + 1);
+        out += '\n';
+    }
+    return out;
+}
+
 ListWriter::ListWriter(int32_t unit, Specifiers* specifiers, uint32_t options, void* iostat) : unit_(unit) {
     context_ = _vrnBeginIO(&unit_, ListWrite, specifiers != nullptr ? specifiers->list() : nullptr, options, iostat, 0,
                            nullptr);

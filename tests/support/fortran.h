@@ -112,6 +112,48 @@ private:
     LocalContext* context_;
 };
 
+// WRITE (unit, format) items, with the format given as text (encoded at run time) or as
+// a code the compiler encoded:
+//   FormatWriter(6, "(I5,F6.2)").Item(42).Item(2.5).End()
+class FormatWriter {
+public:
+    FormatWriter(int32_t unit, std::string_view format, Specifiers* specifiers = nullptr, uint32_t options = 0,
+                 void* iostat = nullptr);
+    // An internal WRITE to `records` elements of `length` characters.
+    FormatWriter(char* base, uint32_t length, uint32_t records, std::string_view format, uint32_t options = 0,
+                 void* iostat = nullptr, Specifiers* specifiers = nullptr);
+    // A pre-encoded format, with the environment and table of its "<...>" expressions.
+    FormatWriter(int32_t unit, const void* code, Specifiers* specifiers = nullptr, uint32_t options = 0,
+                 void* iostat = nullptr, intptr_t environment = 0, const VrnFormatExpressionFunction* table = nullptr);
+    FormatWriter& Item(int32_t value) { return Integer(value, 4); }
+    FormatWriter& Integer(int64_t value, int32_t kind);
+    FormatWriter& Item(float value);
+    FormatWriter& Item(double value);
+    FormatWriter& Real16(double high, double low);
+    FormatWriter& Logical(int64_t value, int32_t kind = 4);
+    FormatWriter& Complex(float real, float imaginary);
+    FormatWriter& Complex(double real, double imaginary);
+    FormatWriter& Item(std::string_view text);
+    // Any item as the compiler passes it.
+    FormatWriter& Raw(const void* item, int32_t totalLength, int32_t elementLength, int32_t type);
+    LocalContext* context() const { return context_; }
+    int32_t End();
+
+private:
+    std::string text_;
+    VrnFormatBlock block_{};
+    int32_t unit_ = 0;
+    InternalFile file_{};
+    InternalFile* fileAddress_ = nullptr;
+    LocalContext* context_;
+};
+
+// The records an internal formatted WRITE produced, each with its trailing blanks cut and
+// ended by "\n"; records never reached are left out.
+//   EXPECT_EQ(Formatted("(I5)", [](FormatWriter& w) { w.Item(7); }), "    7\n");
+template <class Items>
+std::string Formatted(std::string_view format, Items items, uint32_t options = 0, void* iostat = nullptr);
+
 // PRINT * with no items.
 int32_t PrintEmpty();
 
@@ -170,5 +212,17 @@ protected:
     void SetUp() override;
     void TearDown() override { ResetRuntime(); }
 };
+
+// The records of an internal WRITE of up to eight records of 300 characters.
+std::string InternalRecords(const char* base, uint32_t length, uint32_t records);
+
+template <class Items>
+std::string Formatted(std::string_view format, Items items, uint32_t options, void* iostat) {
+    std::string area(8 * 300, '\x01');
+    FormatWriter writer(area.data(), 300, 8, format, options, iostat);
+    items(writer);
+    writer.End();
+    return InternalRecords(area.data(), 300, 8);
+}
 
 }  // namespace vrntest
