@@ -53,28 +53,30 @@ int EstimateExponent(double x) {
     return high >> 20;
 }
 
-// The whole part of a non-negative double-double and what is left over, in [0, 1).
+// The whole part of a non-negative double-double and what is left over, in [0, 1). The
+// fraction keeps its low part: 0.5 plus a few units of 10^-18 is more than a half, and
+// rounding to nearest must see it.
 struct WholeAndFraction {
     DoubleDouble whole;
-    double fraction;
+    DoubleDouble fraction;
 };
 
 WholeAndFraction SplitWhole(DoubleDouble x) {
     if (x.hi < kTwo52) {
         double whole = std::floor(x.hi);
-        double rest = (x.hi - whole) + x.lo;  // x.hi - whole is exact
-        if (rest < 0) {
+        DoubleDouble rest = TwoSum(x.hi - whole, x.lo);  // x.hi - whole is exact
+        if (rest.hi < 0 || (rest.hi == 0 && rest.lo < 0)) {
             whole -= 1;
-            rest += 1;
-        } else if (rest >= 1) {
+            rest = AddDouble(rest, 1.0);
+        } else if (rest.hi >= 1) {
             whole += 1;
-            rest -= 1;
+            rest = AddDouble(rest, -1.0);
         }
         return {{whole, 0.0}, rest};
     }
     // x.hi is whole already; the low part holds the fraction.
     double low = std::floor(x.lo);
-    return {Normalize(x.hi, low), x.lo - low};
+    return {Normalize(x.hi, low), {x.lo - low, 0.0}};
 }
 
 // Whether a whole double-double is odd. A part of 2^53 or more is a multiple of 2.
@@ -84,14 +86,16 @@ bool IsOdd(DoubleDouble whole) {
     return (static_cast<int64_t>(last) & 1) != 0;
 }
 
-bool RoundsUp(Rounding rounding, double fraction, bool negative, DoubleDouble whole) {
-    if (fraction == 0) return false;
+bool RoundsUp(Rounding rounding, DoubleDouble fraction, bool negative, DoubleDouble whole) {
+    if (fraction.hi == 0 && fraction.lo == 0) return false;
+    bool aboveHalf = fraction.hi > 0.5 || (fraction.hi == 0.5 && fraction.lo > 0);
+    bool half = fraction.hi == 0.5 && fraction.lo == 0;
     switch (rounding) {
-    case Rounding::Nearest: return fraction > 0.5 || (fraction == 0.5 && IsOdd(whole));
+    case Rounding::Nearest: return aboveHalf || (half && IsOdd(whole));
     case Rounding::Zero: return false;
     case Rounding::Up: return !negative;  // the magnitude grows toward +infinity
     case Rounding::Down: return negative;
-    default: return fraction >= 0.5;
+    default: return aboveHalf || half;
     }
 }
 
