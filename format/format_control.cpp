@@ -532,7 +532,10 @@ int32_t BeginIOFmt(LocalContext* context, void* formatBlock) {
     FormatState& f = context->fmt;
     f.format = nullptr;
     const auto* block = static_cast<const VrnFormatBlock*>(formatBlock);
-    uintptr_t version = block != nullptr ? block->version : 0;
+    // No block: the statement has no format (the record layer is driven directly), and
+    // neither items nor an end routine run.
+    if (block == nullptr) return context->status;
+    uintptr_t version = block->version;
     if (version != 1) {
         ErrorHandler(kClassSevere, kKindError, 135, 135, ArgInt(1), static_cast<int32_t>(version), ArgInt(2), 1, 0u);
         return context->status;

@@ -354,7 +354,7 @@ TEST_F(FormattedOutput, ExternalRecordsAdvanceAndDollar) {
     open.Text(VRN_KEY_FILE, dir.Path("f"));
     ASSERT_EQ(vrntest::Open(11, open), 0);
     Specifiers noAdvance;
-    noAdvance.Keyword(VRN_KEY_ADVANCE, VRN_KEY_NO);
+    noAdvance.Location("report.f", 3).Keyword(VRN_KEY_ADVANCE, VRN_KEY_NO);
     FormatWriter(11, "(A)", &noAdvance).Item("ab").End();
     FormatWriter(11, "(A,$)").Item("cd").End();
     FormatWriter(11, "(I3)").Item(5).End();
@@ -389,7 +389,7 @@ TEST_F(FormattedOutput, SegmentsMatchItemByItem) {
     FormatWriter realWriter(realSegment.data(), 300, 8, "(2G12.4)");
     _vrnWriteFmtSeg(realWriter.context(), reals, sizeof reals, 8, 4, 0);
     realWriter.End();
-    EXPECT_EQ(vrntest::InternalRecords(realSegment.data(), 300, 8), "   1.500       -2.250\n  0.1000E+11\n");
+    EXPECT_EQ(vrntest::InternalRecords(realSegment.data(), 300, 8), "   1.500      -2.250\n  0.1000E+11\n");
 }
 
 }  // namespace

@@ -143,7 +143,7 @@ FormatWriter::FormatWriter(char* base, uint32_t length, uint32_t records, std::s
                            options, iostat, 0, &block_);
 }
 
-FormatWriter::FormatWriter(int32_t unit, const void* code, Specifiers* specifiers, uint32_t options, void* iostat,
+FormatWriter::FormatWriter(int32_t unit, const uint8_t* code, Specifiers* specifiers, uint32_t options, void* iostat,
                            intptr_t environment, const VrnFormatExpressionFunction* table)
     : unit_(unit) {
     block_ = VrnFormatBlock{1, nullptr, reinterpret_cast<uintptr_t>(code), environment, table};

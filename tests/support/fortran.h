@@ -123,7 +123,7 @@ public:
     FormatWriter(char* base, uint32_t length, uint32_t records, std::string_view format, uint32_t options = 0,
                  void* iostat = nullptr, Specifiers* specifiers = nullptr);
     // A pre-encoded format, with the environment and table of its "<...>" expressions.
-    FormatWriter(int32_t unit, const void* code, Specifiers* specifiers = nullptr, uint32_t options = 0,
+    FormatWriter(int32_t unit, const uint8_t* code, Specifiers* specifiers = nullptr, uint32_t options = 0,
                  void* iostat = nullptr, intptr_t environment = 0, const VrnFormatExpressionFunction* table = nullptr);
     FormatWriter& Item(int32_t value) { return Integer(value, 4); }
     FormatWriter& Integer(int64_t value, int32_t kind);
