@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
@@ -192,4 +192,36 @@ for label, name in [("run time, the context's buffer", "EncodeRuntime"),
 print(f"{'strlen of the text (floor)':40} {floor:8.1f} {1.0:9.1f}")
 PY
 rm -rf "$formats"
+
+# Formatted WRITEs to a file beside a gfortran program doing the same.
+writes=$(mktemp)
+build/host/bench/fmt_write_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$writes" --benchmark_out_format=json >/dev/null 2>&1
+write_peer=""
+if command -v gfortran >/dev/null; then
+  gfortran -O2 bench/peers/format_write.f90 -o "$peer_dir/format_write" && write_peer="$peer_dir/format_write"
+fi
+python3 - "$writes" "$write_peer" "$peer_dir" <<'PY'
+import json, os, statistics, subprocess, sys
+writes_json, peer, peer_dir = sys.argv[1:4]
+runs = {b["run_name"]: b for b in json.load(open(writes_json))["benchmarks"] if b.get("aggregate_name") == "median"}
+ns = lambda name: 1e9 / runs[name + "/real_time"]["items_per_second"]
+theirs = {}
+if peer:
+    samples = []
+    for _ in range(3):
+        out = subprocess.run([peer, os.path.join(peer_dir, "fmt.txt")], check=True, capture_output=True, text=True).stdout
+        samples.append({line.split()[0]: float(line.split()[1]) for line in out.splitlines() if line.strip()})
+    theirs = {key: statistics.median(s[key] for s in samples) for key in samples[0]}
+print()
+print(f"{'formatted WRITE to a file, ns':40} {'ours':>8} {'target':>7} {'gfortran':>9} {'speed-up':>9}")
+for label, name, target, key in [("(5ES24.16), 2,000,000 REAL(8)", "WriteES24/2000000", 200, "es24"),
+                                 ("(10F12.4), 2,000,000 REAL(8)", "WriteF12/2000000", 130, "f12"),
+                                 ("(10I12), 5,000,000 INTEGER(4)", "WriteI12/5000000", 30, "i12"),
+                                 ("'(I5)' a statement, pre-encoded", "OneItemStatements/2000000/0", 50, "i5"),
+                                 ("'(I5)' a statement, text at run time", "OneItemStatements/2000000/1", float("nan"), "i5text")]:
+    g = theirs.get(key, float("nan"))
+    print(f"{label:40} {ns(name):8.1f} {target:7.0f} {g:9.1f} {g / ns(name):9.2f}")
+PY
+rm -f "$writes"
 rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"

@@ -188,6 +188,7 @@ int32_t Interpreter<Unit>::Header(LocalContext* context, uint32_t op) {
     f.signPlus = context->modeSign == VRN_KEY_PLUS;
     f.scale = f.scaleSaved = 0;
     f.decimalComma = context->modeDecimal == VRN_KEY_COMMA;
+    f.standardLevel = StrictLanguageLevel(context->global->options);
     f.roundMode = IsRoundKey(static_cast<int32_t>(context->modeRound)) ? static_cast<int32_t>(context->modeRound)
                                                                         : VRN_KEY_PROCESSOR_DEFINED;
     if (!EnsureStack(f, Operand(f.current, VRN_FMT_HEADER_DEPTH - 1))) {
@@ -541,6 +542,7 @@ int32_t BeginIOFmt(LocalContext* context, void* formatBlock) {
         return context->status;
     }
     const void* code;
+    bool wide;
     if (block->text != nullptr) {
         uint32_t flags = RuntimeEncodingFlags(context->global->options, context->options);
         code = EncodeRuntimeFormat(context, block->text, static_cast<int32_t>(block->lengthOrCode), flags);
@@ -548,10 +550,12 @@ int32_t BeginIOFmt(LocalContext* context, void* formatBlock) {
             context->itemsStopped = 1;
             return context->status;
         }
+        wide = sizeof(void*) > 4;  // the encoding EncodeRuntimeFormat makes here
     } else {
         code = reinterpret_cast<const void*>(block->lengthOrCode);
+        wide = !Is32BitEncoding(code) && Is64BitEncoding(code);
     }
-    f.wide = Is32BitEncoding(code) ? 0 : Is64BitEncoding(code) ? 1 : 0;
+    f.wide = wide;
     f.format = f.current = f.next = code;
     f.expressionEnv = block->expressionEnvironment;
     f.expressionTable = block->expressionTable;

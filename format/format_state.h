@@ -48,4 +48,5 @@ struct FormatState {
     uint32_t opWord;           // the data op the item came from: a segment repeats it unchanged
     uint8_t wide;              // the code is the 64-bit encoding
     uint8_t allConstant;       // the data op's operands are all plain constants
+    uint8_t standardLevel;     // LANGLVL asks for the standard's type checks
 };

@@ -18,6 +18,9 @@ namespace {
 
 // ---- Sending a field ----
 
+constexpr int32_t kShortBlanks = 32;
+constexpr char kBlanks[kShortBlanks + 1] = "                                ";
+
 // A short count from the record layer: a negative one has been reported already.
 bool Sent(LocalContext* context, int32_t written, int32_t wanted) {
     if (written == wanted) return true;
@@ -45,7 +48,12 @@ bool EmitField(LocalContext* context, const char* text, int32_t length, int32_t 
     int64_t total = static_cast<int64_t>(lead) + length + trailing;
     if (trailing == 0 && text >= scratch + lead && text + length == scratch + kScratchBytes) {
         char* start = const_cast<char*>(text) - lead;
-        std::memset(start, ' ', static_cast<size_t>(lead));
+        if (lead <= kShortBlanks && text >= scratch + kShortBlanks) {
+            // A few blanks, as most fields have: one fixed-size copy instead of a call.
+            std::memcpy(const_cast<char*>(text) - kShortBlanks, kBlanks, kShortBlanks);
+        } else {
+            std::memset(start, ' ', static_cast<size_t>(lead));
+        }
         return Write(context, start, lead + length);
     }
     if (total <= kScratchBytes && (text < scratch || text >= scratch + kScratchBytes)) {
@@ -282,8 +290,6 @@ bool EditReal(LocalContext* context, const void* item) {
 
 // ---- One item ----
 
-bool StandardLevel(const LocalContext* context) { return StrictLanguageLevel(context->global->options); }
-
 // One descriptor for one part of an item; false when the transfer ends.
 bool WritePart(LocalContext* context, const void* part, int32_t size, int32_t bytes, int32_t type) {
     FormatState& f = context->fmt;
@@ -296,7 +302,7 @@ bool WritePart(LocalContext* context, const void* part, int32_t size, int32_t by
         }
         return f.w <= 0 || Stars(context, f.w);
     }
-    if (StandardLevel(context) && type < kTypeDerived && !DescTypeMatch.rows[f.desc][type]) {
+    if (f.standardLevel && type < kTypeDerived && !DescTypeMatch.rows[f.desc][type]) {
         if (ErrorHandler(kClassLanguage, kKindError, 53, 53, ArgText(1), DescName[f.desc], ArgText(2), TypeName[type],
                          ArgText(3), "WRITE", 0u) != kRecover) {
             return false;

@@ -1,0 +1,127 @@
+// Formatted WRITEs to a file, as compiled code issues them: ns per value, and ns per
+// statement for one-item statements with the format pre-encoded and given as text.
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "vrn90.h"
+
+namespace {
+
+constexpr uint32_t kFormattedWrite = VRN_STATEMENT_FLAGS(VRN_KIND_FORMATTED, VRN_DIRECTION_WRITE, VRN_ACCESS_SEQUENTIAL);
+
+std::string OutputPath() {
+    const char* directory = std::getenv("TMPDIR");
+    return std::string(directory != nullptr ? directory : "/tmp") + "/vrn_bench_fmt.txt";
+}
+
+struct OpenUnit {
+    std::string path = OutputPath();
+    std::vector<uint64_t> storage;
+    int32_t unit = 30;
+    OpenUnit() {
+        storage.assign(4, 0);
+        auto* list = reinterpret_cast<KeywordList*>(storage.data());
+        list->version = 1;
+        list->count = 1;
+        list->entries[0] = KeywordEntry{VRN_KEY_FILE, reinterpret_cast<uintptr_t>(path.c_str()),
+                                        static_cast<uint32_t>(path.size())};
+        _vrnIOCmd(unit, VRN_COMMAND_OPEN, list, 0, nullptr);
+    }
+    ~OpenUnit() {
+        _vrnIOCmd(unit, VRN_COMMAND_CLOSE, nullptr, 0, nullptr);
+        unlink(path.c_str());
+    }
+};
+
+// What a compiler does with a constant format: encode it once, at compile time.
+struct CompiledFormat {
+    std::vector<uint8_t> code;
+    VrnFormatBlock block{};
+    explicit CompiledFormat(const char* text) {
+        void* encoded = nullptr;
+        int32_t bytes = 0, count = 0;
+        VrnFormatExpression* table = nullptr;
+        uint32_t flags = VRN_FMT_COMPILE_TIME | (sizeof(void*) == 8 ? VRN_FMT_64BIT : 0u);
+        _vrnencodeformat(text, static_cast<int32_t>(std::strlen(text)), flags, nullptr, &count, &table, &encoded,
+                         &bytes);
+        code.assign(static_cast<uint8_t*>(encoded), static_cast<uint8_t*>(encoded) + bytes);
+        block = VrnFormatBlock{1, nullptr, reinterpret_cast<uintptr_t>(code.data()), 0, nullptr};
+    }
+};
+
+std::vector<double> Reals(int64_t count) {
+    std::mt19937_64 random(3);
+    std::uniform_real_distribution<double> values(-1e6, 1e6);
+    std::vector<double> data(static_cast<size_t>(count));
+    for (double& x : data) x = values(random);
+    return data;
+}
+
+// `perStatement` items a statement, through the segment entry as for an array section.
+void WriteValues(benchmark::State& state, const char* format, const void* data, int64_t count, int32_t length,
+                 int32_t type, int64_t perStatement) {
+    CompiledFormat compiled(format);
+    const auto* bytes = static_cast<const char*>(data);
+    for (auto _ : state) {
+        OpenUnit file;
+        for (int64_t i = 0; i < count; i += perStatement) {
+            LocalContext* statement = _vrnBeginIO(&file.unit, kFormattedWrite, nullptr, 0, nullptr, 0, &compiled.block);
+            _vrnWriteFmtSeg(statement, bytes + i * length, static_cast<int32_t>(perStatement * length), length, type, 0);
+            _vrnEndIO(statement);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * count);
+}
+
+void WriteES24(benchmark::State& state) {
+    std::vector<double> data = Reals(state.range(0));
+    WriteValues(state, "(5ES24.16)", data.data(), state.range(0), 8, 4, 5);
+}
+BENCHMARK(WriteES24)->Arg(2000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void WriteF12(benchmark::State& state) {
+    std::vector<double> data = Reals(state.range(0));
+    WriteValues(state, "(10F12.4)", data.data(), state.range(0), 8, 4, 10);
+}
+BENCHMARK(WriteF12)->Arg(2000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void WriteI12(benchmark::State& state) {
+    std::mt19937 random(3);
+    std::vector<int32_t> data(static_cast<size_t>(state.range(0)));
+    for (int32_t& x : data) x = static_cast<int32_t>(random()) / 1000;
+    WriteValues(state, "(10I12)", data.data(), state.range(0), 4, 0, 10);
+}
+BENCHMARK(WriteI12)->Arg(5000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// One-item statements: the statement frame and format start dominate.
+void OneItemStatements(benchmark::State& state) {
+    const bool asText = state.range(1) != 0;
+    const int64_t count = state.range(0);
+    CompiledFormat compiled("(I5)");
+    static const char kText[] = "(I5)";
+    VrnFormatBlock text{1, kText, 4, 0, nullptr};
+    VrnFormatBlock* block = asText ? &text : &compiled.block;
+    int32_t four = 4;
+    for (auto _ : state) {
+        OpenUnit file;
+        for (int64_t i = 0; i < count; ++i) {
+            int32_t value = static_cast<int32_t>(i % 10000);
+            LocalContext* statement = _vrnBeginIO(&file.unit, kFormattedWrite, nullptr, 0, nullptr, 0, block);
+            _vrnWriteFmt(statement, &value, &four, &four, 0);
+            _vrnEndIO(statement);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * count);
+}
+BENCHMARK(OneItemStatements)->Args({2000000, 0})->Args({2000000, 1})->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
+
+BENCHMARK_MAIN();
