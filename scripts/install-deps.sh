@@ -4,7 +4,8 @@ set -euo pipefail
 
 packages=(cmake ninja-build g++ gcc ccache googletest libbenchmark-dev g++-powerpc-linux-gnu gcc-powerpc-linux-gnu
           qemu-user-static libc-bin
-          libopenblas-dev)  # OpenBLAS: the MATMUL benchmark's peer, never linked into the library
+          libopenblas-dev   # OpenBLAS: the MATMUL benchmark's peer, never linked into the library
+          gfortran)         # the peer of benchmarks and the oracle of the formatted-output test
 missing=()
 for package in "${packages[@]}"; do
   dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
