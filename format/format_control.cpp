@@ -60,6 +60,20 @@ int32_t Narrow(int64_t value) {
     return static_cast<int32_t>(value);
 }
 
+// One record ended by "/", by a reversion or by the end of the statement. An internal
+// file has no record behind its last: ending one there is the end-of-file error, which
+// also keeps "(1000000000/)" from spinning on it.
+bool EndRecord(LocalContext* context) {
+    if (Writing(context) && context->unit == nullptr && context->atEndOfFile) {
+        FmtWriteError(context);
+        context->itemsStopped = 1;
+        return false;
+    }
+    if (IOTerminateRecord(context)) return true;
+    if (!Writing(context)) FmtReadError(context);
+    return false;
+}
+
 bool RaiseFormatError(int32_t message, const char* name, int32_t value) {
     return ErrorHandler(kClassRecoverable, kKindError, message, kFormatErrorIostat, ArgText(1), name, ArgInt(2), value,
                         0u) == kRecover;
@@ -97,7 +111,7 @@ bool Push(FormatState& f, int32_t count, const void* start) {
         f.stackBase = bigger;
         f.stackCapacity = static_cast<int32_t>(grown);
     }
-    f.stackBase[++f.top] = FormatStackEntry{count, start};
+    f.stackBase[++f.top] = FormatStackEntry{count, start, f.effects};
     return true;
 }
 
@@ -236,10 +250,7 @@ bool Interpreter<Unit>::ControlValue(LocalContext* context, uint32_t code, uint3
 template <class Unit>
 int32_t Interpreter<Unit>::EndRecords(LocalContext* context, int32_t count) {
     for (int32_t i = 0; i < count; ++i) {
-        if (!IOTerminateRecord(context)) {
-            if (!Writing(context)) FmtReadError(context);
-            return kFormatStop;
-        }
+        if (!EndRecord(context)) return kFormatStop;
     }
     return kFormatTransfer;
 }
@@ -310,6 +321,7 @@ int32_t Interpreter<Unit>::Control(LocalContext* context, int32_t endOfList, int
         uint32_t op = OpWord(f.current);
         if (!(op & 0x80000000u)) {
             if (endOfList) return kFormatTransfer;
+            ++f.effects;
             f.sawData = 1;
             f.scale = f.scaleSaved;
             f.generic = (op >> 30) & 1;
@@ -340,15 +352,20 @@ int32_t Interpreter<Unit>::Control(LocalContext* context, int32_t endOfList, int
             f.repeat = 0;
             break;
         }
-        case VRN_FMT_RPAREN:
+        case VRN_FMT_RPAREN: {
             if (f.top < 0) break;
-            if (f.stackBase[f.top].count > 0) {
-                --f.stackBase[f.top].count;
-                f.next = f.stackBase[f.top].start;
+            FormatStackEntry& group = f.stackBase[f.top];
+            // A pass that transferred nothing and moved nothing only set modes again: the
+            // passes left would do the same, however many a repeat count asks for.
+            if (group.count > 0 && group.effectsMark != f.effects) {
+                --group.count;
+                group.effectsMark = f.effects;
+                f.next = group.start;
             } else {
                 --f.top;
             }
             break;
+        }
         case VRN_FMT_REPEAT:
             if (!ControlValue(context, code, op, 65, &skip, &value)) return kFormatStop;
             if (skip) value = 1;
@@ -361,6 +378,7 @@ int32_t Interpreter<Unit>::Control(LocalContext* context, int32_t endOfList, int
             break;
         case VRN_FMT_CONT: f.next = ContTarget(At(f.current)); break;
         case VRN_FMT_SLASH: {
+            ++f.effects;
             int32_t times = f.repeat + 1;
             f.repeat = 0;
             if (EndRecords(context, times) == kFormatStop) return kFormatStop;
@@ -384,6 +402,7 @@ int32_t Interpreter<Unit>::Control(LocalContext* context, int32_t endOfList, int
         case VRN_FMT_TR:
         case VRN_FMT_X: {
             value = 0;
+            ++f.effects;
             if (!ControlValue(context, code, op, 74, &skip, &value)) return kFormatStop;
             if (skip) break;
             if (code == VRN_FMT_T) IOSeekToColumn(context, value, kSeekAbsolute, 1);
@@ -396,6 +415,7 @@ int32_t Interpreter<Unit>::Control(LocalContext* context, int32_t endOfList, int
         case VRN_FMT_APOSTROPHE:
         case VRN_FMT_QUOTE:
         case VRN_FMT_H:
+            ++f.effects;
             if (Literal(context) == kFormatStop) return kFormatStop;
             break;
         case VRN_FMT_DC: f.decimalComma = 1; break;
@@ -593,10 +613,7 @@ int32_t EndIORWFmt(LocalContext* context) {
     if (ErrorPending(context)) return context->status;
     bool writing = Writing(context);
     if (context->advancing && !f.dollar) {
-        if (!IOTerminateRecord(context)) {
-            if (!writing && !ErrorPending(context)) FmtReadError(context);
-            return context->status;
-        }
+        if (!EndRecord(context)) return context->status;
     } else if (writing && context->unit != nullptr && (context->unit->flushAfterWrite || context->unit->flushEachRecord)) {
         // The record stays open: a prompt written with "$" or ADVANCE="NO" must show.
         if (!FlushUnit(context->global, context->unit, 1)) IORaisePermanentError(context, context->unit, errno);

@@ -11,6 +11,7 @@
 struct FormatStackEntry {
     int32_t count;
     const void* start;
+    uint32_t effectsMark;  // `effects` when the current pass over the group began
 };
 
 // An expression of a "<...>" operand: called with the statement's environment word.
@@ -46,6 +47,7 @@ struct FormatState {
     int32_t scaleSaved;
     int32_t wSaved;
     uint32_t opWord;           // the data op the item came from: a segment repeats it unchanged
+    uint32_t effects;          // counts the operations that transfer or move: data, literals, "/", positions
     uint8_t wide;              // the code is the 64-bit encoding
     uint8_t allConstant;       // the data op's operands are all plain constants
     uint8_t standardLevel;     // LANGLVL asks for the standard's type checks

@@ -240,6 +240,8 @@ TEST_F(FormattedOutput, ReversionRepeatsAndControl) {
     EXPECT_EQ(Formatted("(3X,I1,2X,I1)", [](FormatWriter& w) { w.Item(7).Item(8); }), "   7  8\n");
     EXPECT_EQ(Formatted("('it''s',1H;,\"q\")", [](FormatWriter&) {}), "it's;q\n");
     EXPECT_EQ(Formatted("(3I3)", [](FormatWriter& w) { w.Item(1).Item(2); }), "  1  2\n");
+    // Passes over a group that only set modes are not repeated two billion times.
+    EXPECT_EQ(Formatted("(2000000000(SP,BN,2000000000(DC)),I3)", [](FormatWriter& w) { w.Item(1); }), " +1\n");
     // Modes stay across a reversion (it goes round the header) unless the format sets them again.
     EXPECT_EQ(Formatted("(SP,I3,SS,I3)", [](FormatWriter& w) { w.Item(1).Item(2).Item(3); }), " +1  2\n +3\n");
     EXPECT_EQ(Formatted("(I3,(SS,I3,SP))", [](FormatWriter& w) { w.Item(1).Item(2).Item(3); },
@@ -268,6 +270,11 @@ TEST_F(FormattedOutput, FormatErrorsHaveTheirNumbers) {
     iostat = 0;
     FormatWriter(small, 4, 1, "(I2/I2)", 0, &iostat).Item(1).Item(2).End();
     EXPECT_EQ(iostat, 2);  // past the last record
+    EXPECT_EQ(std::string(small, 4), " 1  ");
+    // Ending a record behind the last one of an internal file is that error too, at once.
+    iostat = 0;
+    FormatWriter(small, 4, 1, "(I2,2000000000/)", 0, &iostat).Item(1).End();
+    EXPECT_EQ(iostat, 2);
     EXPECT_EQ(std::string(small, 4), " 1  ");
     // A bad version of the format block.
     iostat = 0;
