@@ -10,35 +10,14 @@
 #include <string>
 #include <vector>
 
+#include "bench/open_unit.h"
 #include "vrn90.h"
 
 namespace {
 
 constexpr uint32_t kFormattedWrite = VRN_STATEMENT_FLAGS(VRN_KIND_FORMATTED, VRN_DIRECTION_WRITE, VRN_ACCESS_SEQUENTIAL);
 
-std::string OutputPath() {
-    const char* directory = std::getenv("TMPDIR");
-    return std::string(directory != nullptr ? directory : "/tmp") + "/vrn_bench_fmt.txt";
-}
-
-struct OpenUnit {
-    std::string path = OutputPath();
-    std::vector<uint64_t> storage;
-    int32_t unit = 30;
-    OpenUnit() {
-        storage.assign(4, 0);
-        auto* list = reinterpret_cast<KeywordList*>(storage.data());
-        list->version = 1;
-        list->count = 1;
-        list->entries[0] = KeywordEntry{VRN_KEY_FILE, reinterpret_cast<uintptr_t>(path.c_str()),
-                                        static_cast<uint32_t>(path.size())};
-        _vrnIOCmd(unit, VRN_COMMAND_OPEN, list, 0, nullptr);
-    }
-    ~OpenUnit() {
-        _vrnIOCmd(unit, VRN_COMMAND_CLOSE, nullptr, 0, nullptr);
-        unlink(path.c_str());
-    }
-};
+constexpr char kFileName[] = "vrn_bench_fmt.txt";
 
 // What a compiler does with a constant format: encode it once, at compile time.
 struct CompiledFormat {
@@ -70,7 +49,7 @@ void WriteValues(benchmark::State& state, const char* format, const void* data, 
     CompiledFormat compiled(format);
     const auto* bytes = static_cast<const char*>(data);
     for (auto _ : state) {
-        OpenUnit file;
+        OpenUnit file(kFileName);
         for (int64_t i = 0; i < count; i += perStatement) {
             LocalContext* statement = _vrnBeginIO(&file.unit, kFormattedWrite, nullptr, 0, nullptr, 0, &compiled.block);
             _vrnWriteFmtSeg(statement, bytes + i * length, static_cast<int32_t>(perStatement * length), length, type, 0);
@@ -110,7 +89,7 @@ void OneItemStatements(benchmark::State& state) {
     VrnFormatBlock* block = asText ? &text : &compiled.block;
     int32_t four = 4;
     for (auto _ : state) {
-        OpenUnit file;
+        OpenUnit file(kFileName);
         for (int64_t i = 0; i < count; ++i) {
             int32_t value = static_cast<int32_t>(i % 10000);
             LocalContext* statement = _vrnBeginIO(&file.unit, kFormattedWrite, nullptr, 0, nullptr, 0, block);

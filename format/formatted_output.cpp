@@ -69,40 +69,27 @@ bool Stars(LocalContext* context, int32_t width) { return Fill(context, '*', wid
 
 // ---- Integers ----
 
+template <class T>
+T Load(const void* item) {
+    T value;
+    std::memcpy(&value, item, sizeof value);
+    return value;
+}
+
 int64_t SignedValue(const void* item, int32_t size) {
     switch (size) {
-    case 1: return *static_cast<const int8_t*>(item);
-    case 2: {
-        int16_t v;
-        std::memcpy(&v, item, sizeof v);
-        return v;
-    }
-    case 4: {
-        int32_t v;
-        std::memcpy(&v, item, sizeof v);
-        return v;
-    }
-    default: {
-        int64_t v;
-        std::memcpy(&v, item, sizeof v);
-        return v;
-    }
+    case 1: return Load<int8_t>(item);
+    case 2: return Load<int16_t>(item);
+    case 4: return Load<int32_t>(item);
+    default: return Load<int64_t>(item);
     }
 }
 
 uint32_t UnsignedSmall(const void* item, int32_t size) {
     switch (size) {
-    case 1: return *static_cast<const uint8_t*>(item);
-    case 2: {
-        uint16_t v;
-        std::memcpy(&v, item, sizeof v);
-        return v;
-    }
-    default: {
-        uint32_t v;
-        std::memcpy(&v, item, sizeof v);
-        return v;
-    }
+    case 1: return Load<uint8_t>(item);
+    case 2: return Load<uint16_t>(item);
+    default: return Load<uint32_t>(item);
     }
 }
 

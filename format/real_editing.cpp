@@ -216,20 +216,24 @@ const char* EngineeringZero(LocalContext* context, char* buffer, FormatState* st
     return buffer;
 }
 
+// EN, and ES as its special case of one digit in front of the point.
 const char* Engineering(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
-                        int32_t* length, int32_t exponentWidth) {
+                        int32_t* length, int32_t exponentWidth, bool scientific) {
     RealItem item = ReadReal(value, size);
     int spelling = Spelling(context);
     int32_t d = state->d;
     Digits digits;
-    if (!Convert(item, d + 3, false, spelling, state->roundMode, &digits)) return nullptr;
+    if (!Convert(item, scientific ? d + 1 : d + 3, false, spelling, state->roundMode, &digits)) return nullptr;
     if (!item.finite) return NotFinite(state, digits, spelling, false, buffer, length);
     if (digits.text[0] == '0') return EngineeringZero(context, buffer, state, digits, size, length, exponentWidth);
     int point = digits.point;
-    int k = ((point % 3) + 3) % 3;
-    if (k == 0) k = 3;
+    int k = 1;
     int carried = 0;
-    if (k != 3) {
+    if (!scientific) {
+        k = ((point % 3) + 3) % 3;
+        if (k == 0) k = 3;
+    }
+    if (!scientific && k != 3) {
         // Rounding at k + d digits can carry into a new leading digit.
         if (!Convert(item, d + k, false, spelling, state->roundMode, &digits)) return nullptr;
         carried = digits.point != point ? 1 : 0;
@@ -248,32 +252,6 @@ const char* Engineering(LocalContext* context, const void* value, int32_t size, 
     p += d;
     int exponent = digits.point - (k + carried);
     p = exponentWidth > 0 ? WideExponent(p, exponent, 'E', exponentWidth) : PlainExponent(p, exponent, 'E');
-    if (p == nullptr) return nullptr;
-    *length = static_cast<int32_t>(p - buffer);
-    return buffer;
-}
-
-const char* Scientific(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
-                       int32_t* length, int32_t exponentWidth) {
-    RealItem item = ReadReal(value, size);
-    int spelling = Spelling(context);
-    int32_t d = state->d;
-    Digits digits;
-    if (!Convert(item, d + 1, false, spelling, state->roundMode, &digits)) return nullptr;
-    if (!item.finite) return NotFinite(state, digits, spelling, false, buffer, length);
-    if (digits.text[0] == '0') return EngineeringZero(context, buffer, state, digits, size, length, exponentWidth);
-    char sign = NonzeroSign(state, digits);
-    int32_t signWidth = sign != 0 ? 1 : 0;
-    int64_t needed = static_cast<int64_t>(d) + signWidth + (exponentWidth > 0 ? 4 + exponentWidth : 6);
-    if (needed > state->w || !FitsBuffer(needed)) return nullptr;
-    char* p = buffer;
-    if (sign != 0) *p++ = sign;
-    *p++ = digits.text[0];
-    *p++ = PointCharacter(state);
-    std::memcpy(p, digits.text + 1, static_cast<size_t>(d));
-    p += d;
-    p = exponentWidth > 0 ? WideExponent(p, digits.point - 1, 'E', exponentWidth)
-                          : PlainExponent(p, digits.point - 1, 'E');
     if (p == nullptr) return nullptr;
     *length = static_cast<int32_t>(p - buffer);
     return buffer;
@@ -355,20 +333,20 @@ const char* FmtRToEExp(LocalContext* context, const void* value, int32_t size, c
 
 const char* FmtRToEN(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
                      int32_t* length) {
-    return Engineering(context, value, size, buffer, state, length, 0);
+    return Engineering(context, value, size, buffer, state, length, 0, false);
 }
 
 const char* FmtRToENExp(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
                         int32_t* length) {
-    return Engineering(context, value, size, buffer, state, length, state->e > 0 ? state->e : 1);
+    return Engineering(context, value, size, buffer, state, length, state->e > 0 ? state->e : 1, false);
 }
 
 const char* FmtRToES(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
                      int32_t* length) {
-    return Scientific(context, value, size, buffer, state, length, 0);
+    return Engineering(context, value, size, buffer, state, length, 0, true);
 }
 
 const char* FmtRToESExp(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
                         int32_t* length) {
-    return Scientific(context, value, size, buffer, state, length, state->e > 0 ? state->e : 1);
+    return Engineering(context, value, size, buffer, state, length, state->e > 0 ? state->e : 1, true);
 }
