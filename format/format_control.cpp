@@ -624,8 +624,3 @@ int32_t EndIORWFmt(LocalContext* context) {
     }
     return context->status;
 }
-
-void FmtReadError(LocalContext* context) {
-    if (context->atEndOfFile) IORaiseEndOfFile(context);
-    context->itemsStopped = 1;
-}

@@ -164,6 +164,11 @@ int32_t _vrnWriteFmt(LocalContext* context, const void* item, const int32_t* tot
 /* A contiguous run of like items, totalBytes long, element by element. */
 int32_t _vrnWriteFmtSeg(LocalContext* context, const void* base, int32_t totalBytes, int32_t elementLength,
                         int32_t type, int32_t characterLength);
+/* The input forms: the item receives the value the field gives. */
+int32_t _vrnReadFmt(LocalContext* context, void* item, const int32_t* totalLength, const int32_t* elementLength,
+                    int32_t type);
+int32_t _vrnReadFmtSeg(LocalContext* context, void* base, int32_t totalBytes, int32_t elementLength, int32_t type,
+                       int32_t characterLength);
 
 /* ---- Format encoder: format text to EncodedFormat -------------------------------
  * The code is a run of 32-bit words in the target's byte order (or 64-bit slots in the

@@ -12,6 +12,7 @@
 
 #include "core/context.h"
 #include "core/errors.h"
+#include "convert/convert.h"
 #include "core/unit.h"
 #include "transport/internal_file.h"
 #include "transport/transport.h"
@@ -314,25 +315,124 @@ int32_t IORead(LocalContext* context, void* into, int32_t count) {
     return delivered;
 }
 
-int32_t IOReadAndScan(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound) {
+namespace {
+
+// The bytes of the current record that can be scanned in place: on an internal file the
+// rest of the record, on an external one what the buffer holds of it. 0 sends the caller
+// to IOGetByte, which refills, reaches a pending column or meets the record's end.
+int32_t HeldRecordBytes(LocalContext* context, const char** window, int32_t want) {
+    if (context->unit == nullptr) {
+        if (context->atEndOfFile) return 0;
+        *window = context->internalRecord + context->column;
+        return std::min(want, context->recordLength - context->column);
+    }
+    UnitRecord* unit = context->unit;
+    if (unit->pendingColumn >= 0 || unit->direction != kDirectionRead || context->recordLength >= 0) return 0;
+    *window = unit->cursor;
+    return std::min({want, unit->bufferFill - static_cast<int32_t>(unit->bufferOffset),
+                     context->recordMax - context->column});
+}
+
+void ConsumedInternal(LocalContext* context, int32_t count) {
+    context->column += count;
+    context->charsTransferred += count;
+    context->highWater = std::max(context->highWater, context->column);
+}
+
+// A last record with no newline is a whole record: its end is the end of the record, and
+// the next READ meets the end of the file.
+void EndOfFileEndsRecord(LocalContext* context) {
+    if (context->unit == nullptr || !context->atEndOfFile || context->column == 0) return;
+    context->atEndOfFile = 0;
+    context->recordOverflow = 1;
+    context->recordLength = context->column;
+}
+
+// Reads up to `width` bytes of the record into `into`, stopping behind `separator`, and
+// shows each stored byte to `observe`. The result is the bytes stored; no padding.
+template <class Observe>
+int32_t ScanField(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound,
+                  Observe&& observe) {
     *separatorFound = 0;
     int32_t stored = 0;
+    const char stop = static_cast<char>(separator);
+    // A newline ends an external record; internal records may hold one as data.
+    const char recordEnd = context->unit != nullptr ? '\n' : stop;
     while (stored < width) {
+        const char* window = nullptr;
+        int32_t held = HeldRecordBytes(context, &window, width - stored);
+        if (held > 0) {
+            int32_t i = 0;
+            for (; i < held; ++i) {
+                char c = window[i];
+                if (c == stop || c == recordEnd) break;
+                into[stored + i] = c;
+                observe(c, stored + i);
+            }
+            if (context->unit == nullptr) ConsumedInternal(context, i); else Consumed(context, i);
+            stored += i;
+            if (i == held) continue;
+            if (window[i] == stop) {
+                if (context->unit == nullptr) ConsumedInternal(context, 1); else Consumed(context, 1);
+                *separatorFound = 1;
+                return stored;
+            }
+            // The newline: the cursor stays on it.
+            context->recordLength = context->column;
+            context->recordOverflow = 1;
+            break;
+        }
         int byte = IOGetByte(context);
         if (byte < 0) break;
-        if (byte == separator) {  // consumed, not stored
+        if (byte == separator) {
             *separatorFound = 1;
             return stored;
         }
-        into[stored++] = static_cast<char>(byte);
+        into[stored] = static_cast<char>(byte);
+        observe(static_cast<char>(byte), stored);
+        ++stored;
     }
-    // A record that ends short of the field is padded as IORead pads it.
-    if (stored < width && context->padInput && context->recordOverflow) {
+    EndOfFileEndsRecord(context);
+    return stored;
+}
+
+}  // namespace
+
+int32_t IOReadAndScan(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound) {
+    int32_t stored = ScanField(context, into, width, separator, separatorFound, [](char, int32_t) {});
+    if (stored < width && !*separatorFound && IOShortFieldPadded(context)) {
         std::memset(into + stored, ' ', static_cast<size_t>(width - stored));
         return width;
     }
     return stored;
 }
+
+int32_t IOReadFieldBytes(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound) {
+    return ScanField(context, into, width, separator, separatorFound, [](char, int32_t) {});
+}
+
+static_assert(sizeof(RealFieldScan::entered) / sizeof(int32_t) == kRealScannerStates);
+
+int32_t IOReadRealAndScan(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound,
+                          int32_t decimalComma, RealFieldScan* scan) {
+    const uint32_t start = decimalComma ? kScannerStartComma : kScannerStart;
+    uint32_t state = start;
+    for (int s : {2, 8, 10, 14, 15, 43}) scan->entered[s] = -1;
+    scan->entered[state] = 0;
+    scan->first = -1;
+    int32_t stored = ScanField(context, into, width, separator, separatorFound, [&](char c, int32_t at) {
+        uint32_t next = _rfrscan_transition[state][_RFRCharClass[static_cast<unsigned char>(c)]][0];
+        if (next != state) {
+            if (state == start) scan->first = at;
+            scan->entered[next] = at;
+            state = next;
+        }
+    });
+    scan->state = static_cast<int32_t>(state);
+    return stored;
+}
+
+bool IOShortFieldPadded(const LocalContext* context) { return context->padInput && context->recordOverflow; }
 
 int32_t IOFindRemainingLength(LocalContext* context) {
     if (context->unit == nullptr) return std::max(0, context->recordLength - context->column);

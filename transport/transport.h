@@ -36,6 +36,20 @@ int32_t IORead(LocalContext* context, void* into, int32_t count);
 // Reads up to `width` bytes of the current record, stopping behind `separator`, which is
 // consumed and not stored.
 int32_t IOReadAndScan(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound);
+// The same without the padding: the bytes the record held.
+int32_t IOReadFieldBytes(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound);
+// Whether a field that the record's end cut short counts as complete: PAD="YES".
+bool IOShortFieldPadded(const LocalContext* context);
+// What the real-field scanner saw: its last state, where each state was entered, and
+// where the first character that is not a blank stands (-1 for none).
+struct RealFieldScan {
+    int32_t state;
+    int32_t first;
+    int32_t entered[61];
+};
+// IOReadFieldBytes with the real-field scanner run over each byte as it is read.
+int32_t IOReadRealAndScan(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound,
+                          int32_t decimalComma, RealFieldScan* scan);
 int32_t IOFindRemainingLength(LocalContext* context);
 // The end of file of a READ: message 1 with IOSTAT= -1 on a unit, message 2 with -2 (or
 // -1 under IOSTAT_END=2003STD) on an internal file.

@@ -194,6 +194,33 @@ FormatWriter& FormatWriter::Item(std::string_view text) {
 
 int32_t FormatWriter::End() { return _vrnEndIO(context_); }
 
+constexpr uint32_t kInternalFormattedRead = FormattedRead | VRN_FLAG_INTERNAL;
+
+FormatReader::FormatReader(int32_t unit, std::string_view format, Specifiers* specifiers, uint32_t options,
+                           void* iostat)
+    : text_(format), unit_(unit) {
+    block_ = VrnFormatBlock{1, text_.data(), text_.size(), 0, nullptr};
+    context_ = _vrnBeginIO(&unit_, FormattedRead, specifiers != nullptr ? specifiers->list() : nullptr, options, iostat,
+                           0, &block_);
+}
+
+FormatReader::FormatReader(const char* base, uint32_t length, uint32_t records, std::string_view format,
+                           uint32_t options, void* iostat, Specifiers* specifiers)
+    : text_(format),
+      file_{reinterpret_cast<uintptr_t>(base), static_cast<uintptr_t>(length) * records, length},
+      fileAddress_(&file_) {
+    block_ = VrnFormatBlock{1, text_.data(), text_.size(), 0, nullptr};
+    context_ = _vrnBeginIO(&fileAddress_, kInternalFormattedRead, specifiers != nullptr ? specifiers->list() : nullptr,
+                           options, iostat, 0, &block_);
+}
+
+FormatReader& FormatReader::Raw(void* item, int32_t totalLength, int32_t elementLength, int32_t type) {
+    _vrnReadFmt(context_, item, &totalLength, &elementLength, type);
+    return *this;
+}
+
+int32_t FormatReader::End() { return _vrnEndIO(context_); }
+
 std::string InternalRecords(const char* base, uint32_t length, uint32_t records) {
     std::string out;
     for (uint32_t r = 0; r < records; ++r) {

@@ -148,6 +148,37 @@ private:
     LocalContext* context_;
 };
 
+// READ (unit, format) items into the caller's variables:
+//   FormatReader(10, "(I5,F8.2)").Item(&n).Item(&x).End()
+class FormatReader {
+public:
+    FormatReader(int32_t unit, std::string_view format, Specifiers* specifiers = nullptr, uint32_t options = 0,
+                 void* iostat = nullptr);
+    // An internal READ of `records` elements of `length` characters.
+    FormatReader(const char* base, uint32_t length, uint32_t records, std::string_view format, uint32_t options = 0,
+                 void* iostat = nullptr, Specifiers* specifiers = nullptr);
+    FormatReader& Item(int32_t* value) { return Raw(value, 4, 4, 0); }
+    FormatReader& Item(float* value) { return Raw(value, 4, 4, 4); }
+    FormatReader& Item(double* value) { return Raw(value, 8, 8, 4); }
+    FormatReader& Integer(void* value, int32_t kind) { return Raw(value, kind, kind, 0); }
+    FormatReader& Logical(void* value, int32_t kind) { return Raw(value, kind, kind, 1); }
+    FormatReader& Real16(double* pair) { return Raw(pair, 16, 16, 4); }
+    FormatReader& Complex(float* parts) { return Raw(parts, 8, 4, 5); }
+    FormatReader& Complex(double* parts) { return Raw(parts, 16, 8, 5); }
+    FormatReader& Text(char* buffer, int32_t length) { return Raw(buffer, length, length, 2); }
+    FormatReader& Raw(void* item, int32_t totalLength, int32_t elementLength, int32_t type);
+    LocalContext* context() const { return context_; }
+    int32_t End();
+
+private:
+    std::string text_;
+    VrnFormatBlock block_{};
+    int32_t unit_ = 0;
+    InternalFile file_{};
+    InternalFile* fileAddress_ = nullptr;
+    LocalContext* context_;
+};
+
 // The records an internal formatted WRITE produced, each with its trailing blanks cut and
 // ended by "\n"; records never reached are left out.
 //   EXPECT_EQ(Formatted("(I5)", [](FormatWriter& w) { w.Item(7); }), "    7\n");
