@@ -1,4 +1,5 @@
-// A unit connected to a scratch file in TMPDIR for the length of a benchmark iteration.
+// A unit connected to a file in TMPDIR for the length of a benchmark iteration; the file
+// is removed at the end unless it is kept for reading again.
 #pragma once
 
 #include <unistd.h>
@@ -14,7 +15,8 @@ struct OpenUnit {
     std::string path;
     std::vector<uint64_t> storage;
     int32_t unit = 30;
-    explicit OpenUnit(const char* name) {
+    bool keep = false;
+    explicit OpenUnit(const char* name, bool keepFile = false) : keep(keepFile) {
         const char* directory = std::getenv("TMPDIR");
         path = std::string(directory != nullptr ? directory : "/tmp") + "/" + name;
         storage.assign(4, 0);
@@ -27,6 +29,6 @@ struct OpenUnit {
     }
     ~OpenUnit() {
         _vrnIOCmd(unit, VRN_COMMAND_CLOSE, nullptr, 0, nullptr);
-        unlink(path.c_str());
+        if (!keep) unlink(path.c_str());
     }
 };

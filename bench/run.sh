@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "convert/convert.h"
+#include "convert/eight_digits.h"
 #include "convert/exact_compare.h"
 #include "core/float_status.h"
 
@@ -53,6 +54,13 @@ struct DigitSink {
     int block = 0;
     int inBlock = 0;
 
+    // Whether eight digits fit the block being filled, as TakeEight needs.
+    bool RoomForEight() const { return block < blockCount && inBlock + 8 <= kBlockDigits; }
+    void TakeEight(uint32_t value) {
+        accumulator = accumulator * 100000000u + value;
+        inBlock += 8;
+        if (inBlock == kBlockDigits) Close();
+    }
     // The result says whether the digit was kept.
     bool Take(int digit) {
         if (block >= blockCount) return false;
@@ -70,6 +78,14 @@ struct DigitSink {
     }
 };
 
+// Tested byte by byte so that nothing behind the text's end is read.
+bool EightDigitsAt(const char* p) {
+    for (int i = 0; i < 8; ++i) {
+        if (!IsDigit(p[i])) return false;
+    }
+    return true;
+}
+
 DecimalText Scan(const char* text, int blockCount) {
     DecimalText d;
     const char* p = text;
@@ -80,8 +96,15 @@ DecimalText Scan(const char* text, int blockCount) {
     // In front of the point: leading zeros are passed over; dropped digits still count.
     const char* digitsStart = p;
     while (*p == '0') ++p;
-    for (; IsDigit(*p); ++p) {
+    for (;;) {
+        if (sink.RoomForEight() && EightDigitsAt(p)) {
+            sink.TakeEight(eight_digits::Value(p));
+            p += 8;
+            continue;
+        }
+        if (!IsDigit(*p)) break;
         if (!sink.Take(*p - '0')) d.exponent += 1;
+        ++p;
     }
     d.anyDigit = p != digitsStart;
     if (*p == '.') {
@@ -91,8 +114,16 @@ DecimalText Scan(const char* text, int blockCount) {
             // Zeros right behind the point only place it.
             for (; *p == '0'; ++p) d.exponent -= 1;
         }
-        for (; IsDigit(*p); ++p) {
+        for (;;) {
+            if (sink.RoomForEight() && EightDigitsAt(p)) {
+                sink.TakeEight(eight_digits::Value(p));
+                d.exponent -= 8;
+                p += 8;
+                continue;
+            }
+            if (!IsDigit(*p)) break;
             if (sink.Take(*p - '0')) d.exponent -= 1;
+            ++p;
         }
         d.anyDigit = d.anyDigit || p != fractionStart;
     }

@@ -67,6 +67,9 @@ bool DecimalToInteger(LocalContext* context, void* item, int32_t size, const cha
     bool negative = false;
     if (i < length && (text[i] == '+' || text[i] == '-')) negative = text[i++] == '-';
     uint64_t limit = negative ? negativeLimit : positiveLimit;
+    // value * 10 + digit > limit, without a division for each digit.
+    const uint64_t tenth = limit / 10;
+    const uint32_t lastDigit = static_cast<uint32_t>(limit % 10);
     uint64_t value = 0;
     for (; i < length; ++i) {
         auto c = static_cast<unsigned char>(text[i]);
@@ -81,7 +84,7 @@ bool DecimalToInteger(LocalContext* context, void* item, int32_t size, const cha
         } else {
             return false;
         }
-        if (value > (limit - digit) / 10) {
+        if (value >= tenth && (value > tenth || digit > lastDigit)) {
             StoreInteger(item, size, negative ? 0 - limit : limit);
             const char* shown = negative ? MaxNegIntStr[sizeIndex] : MaxPosIntStr[sizeIndex];
             if (ErrorHandler(kClassConversion, kKindError, 96, 96, ArgText(1), shown, 0u) != kRecover) {

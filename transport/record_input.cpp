@@ -398,6 +398,15 @@ int32_t ScanField(LocalContext* context, char* into, int32_t width, int separato
 
 }  // namespace
 
+const char* IOFieldInPlace(LocalContext* context, int32_t width) {
+    const char* window = nullptr;
+    return HeldRecordBytes(context, &window, width) == width ? window : nullptr;
+}
+
+void IOConsumeInPlace(LocalContext* context, int32_t width) {
+    if (context->unit == nullptr) ConsumedInternal(context, width); else Consumed(context, width);
+}
+
 int32_t IOReadAndScan(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound) {
     int32_t stored = ScanField(context, into, width, separator, separatorFound, [](char, int32_t) {});
     if (stored < width && !*separatorFound && IOShortFieldPadded(context)) {
@@ -413,22 +422,73 @@ int32_t IOReadFieldBytes(LocalContext* context, char* into, int32_t width, int s
 
 static_assert(sizeof(RealFieldScan::entered) / sizeof(int32_t) == kRealScannerStates);
 
-int32_t IOReadRealAndScan(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound,
-                          int32_t decimalComma, RealFieldScan* scan) {
+namespace {
+
+// The scanner's transitions as bytes, rows of 32 for a shift, and for each state whether
+// every digit leads back to it: the long digit runs of a mantissa then cost no steps.
+struct CompactScanner {
+    uint8_t next[kRealScannerStates][32];
+    bool digitsStay[kRealScannerStates];
+    CompactScanner() : next{}, digitsStay{} {
+        for (int state = 0; state < kRealScannerStates; ++state) {
+            for (int c = 0; c < kScannerClasses; ++c) next[state][c] = static_cast<uint8_t>(_rfrscan_transition[state][c][0]);
+            digitsStay[state] = true;
+            for (char digit = '0'; digit <= '9'; ++digit) {
+                if (next[state][_RFRCharClass[static_cast<unsigned char>(digit)]] != state) digitsStay[state] = false;
+            }
+        }
+    }
+};
+
+const CompactScanner& Scanner() {
+    static const CompactScanner scanner;
+    return scanner;
+}
+
+}  // namespace
+
+namespace {
+
+void RunScanner(const char* text, int32_t length, int32_t decimalComma, RealFieldScan* scan) {
+    const CompactScanner& scanner = Scanner();
     const uint32_t start = decimalComma ? kScannerStartComma : kScannerStart;
     uint32_t state = start;
     for (int s : {2, 8, 10, 14, 15, 43}) scan->entered[s] = -1;
     scan->entered[state] = 0;
-    scan->first = -1;
-    int32_t stored = ScanField(context, into, width, separator, separatorFound, [&](char c, int32_t at) {
-        uint32_t next = _rfrscan_transition[state][_RFRCharClass[static_cast<unsigned char>(c)]][0];
+    int32_t at = 0;
+    while (at < length && text[at] == ' ') ++at;  // the start state keeps its blanks
+    scan->first = at < length ? at : -1;
+    for (; at < length; ++at) {
+        uint32_t next = scanner.next[state][_RFRCharClass[static_cast<unsigned char>(text[at])]];
         if (next != state) {
-            if (state == start) scan->first = at;
             scan->entered[next] = at;
             state = next;
         }
-    });
+        if (scanner.digitsStay[state]) {
+            while (at + 1 < length && static_cast<unsigned char>(text[at + 1] - '0') <= 9u) ++at;
+        }
+    }
     scan->state = static_cast<int32_t>(state);
+}
+
+}  // namespace
+
+int32_t IOReadRealAndScan(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound,
+                          int32_t decimalComma, RealFieldScan* scan) {
+    // A whole field in the buffer is scanned where it stands. A separator or a newline in
+    // it would kill the scanner (neither is part of any number), so a live last state
+    // shows that the field is all of one record.
+    if (const char* field = IOFieldInPlace(context, width); field != nullptr) {
+        RunScanner(field, width, decimalComma, scan);
+        if (scan->state != 0) {
+            std::memcpy(into, field, static_cast<size_t>(width));
+            IOConsumeInPlace(context, width);
+            *separatorFound = 0;
+            return width;
+        }
+    }
+    int32_t stored = ScanField(context, into, width, separator, separatorFound, [](char, int32_t) {});
+    RunScanner(into, stored, decimalComma, scan);
     return stored;
 }
 

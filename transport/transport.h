@@ -38,6 +38,11 @@ int32_t IORead(LocalContext* context, void* into, int32_t count);
 int32_t IOReadAndScan(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound);
 // The same without the padding: the bytes the record held.
 int32_t IOReadFieldBytes(LocalContext* context, char* into, int32_t width, int separator, int32_t* separatorFound);
+// The next `width` bytes where they stand (the unit's buffer or the internal record), or
+// null when they are not all held there; they may run past the record's end, which the
+// caller must recognise. IOConsumeInPlace then takes them as read.
+const char* IOFieldInPlace(LocalContext* context, int32_t width);
+void IOConsumeInPlace(LocalContext* context, int32_t width);
 // Whether a field that the record's end cut short counts as complete: PAD="YES".
 bool IOShortFieldPadded(const LocalContext* context);
 // What the real-field scanner saw: its last state, where each state was entered, and

@@ -1,0 +1,36 @@
+// Eight decimal digits at a time: text read as one word, whatever the machine's byte
+// order, and combined into their value in three multiplications.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+namespace eight_digits {
+
+constexpr uint64_t kEachByte = 0x0101010101010101ull;
+
+// Eight bytes with the first in the low byte.
+inline uint64_t LoadLowFirst(const char* bytes) {
+    uint64_t word;
+    std::memcpy(&word, bytes, 8);
+    if constexpr (__BYTE_ORDER__ == __ORDER_BIG_ENDIAN__) word = __builtin_bswap64(word);
+    return word;
+}
+
+// The bytes below `count` (0 to 8) of a low-first word.
+constexpr uint64_t LowBytes(int32_t count) { return count >= 8 ? ~0ull : (1ull << (8 * count)) - 1; }
+
+// The value of eight digit values (0 to 9, one a byte, the most significant first in the
+// low byte).
+inline uint32_t Combine(uint64_t values) {
+    values = values * 10 + (values >> 8);
+    values = (((values & 0x000000FF000000FFull) * (100 + (1000000ull << 32))) +
+              (((values >> 16) & 0x000000FF000000FFull) * (1 + (10000ull << 32)))) >>
+             32;
+    return static_cast<uint32_t>(values);
+}
+
+// The value of the eight digit characters at `text`, which must all be digits.
+inline uint32_t Value(const char* text) { return Combine(LoadLowFirst(text) - 0x30 * kEachByte); }
+
+}  // namespace eight_digits
