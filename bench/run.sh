@@ -224,4 +224,33 @@ for label, name, target, key in [("(5ES24.16), 2,000,000 REAL(8)", "WriteES24/20
     print(f"{label:40} {ns(name):8.1f} {target:7.0f} {g:9.1f} {g / ns(name):9.2f}")
 PY
 rm -f "$writes"
+
+# Formatted READs from a file in the page cache beside a gfortran program doing the same.
+reads=$(mktemp)
+build/host/bench/fmt_read_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$reads" --benchmark_out_format=json >/dev/null 2>&1
+read_peer=""
+if command -v gfortran >/dev/null; then
+  gfortran -O2 bench/peers/format_read.f90 -o "$peer_dir/format_read" && read_peer="$peer_dir/format_read"
+fi
+python3 - "$reads" "$read_peer" "$peer_dir" <<'PY'
+import json, os, statistics, subprocess, sys
+reads_json, peer, peer_dir = sys.argv[1:4]
+runs = {b["run_name"]: b for b in json.load(open(reads_json))["benchmarks"] if b.get("aggregate_name") == "median"}
+ns = lambda name: 1e9 / runs[name + "/real_time"]["items_per_second"]
+theirs = {}
+if peer:
+    samples = []
+    for _ in range(3):
+        out = subprocess.run([peer, os.path.join(peer_dir, "read.txt")], check=True, capture_output=True, text=True).stdout
+        samples.append({line.split()[0]: float(line.split()[1]) for line in out.splitlines() if line.strip()})
+    theirs = {key: statistics.median(s[key] for s in samples) for key in samples[0]}
+print()
+print(f"{'formatted READ from a file, ns':40} {'ours':>8} {'target':>7} {'gfortran':>9} {'speed-up':>9}")
+for label, name, target, key in [("(5ES24.16), 2,000,000 REAL(8)", "ReadES24/2000000", "100", "es24"),
+                                 ("(10I12), 5,000,000 INTEGER(4)", "ReadI12/5000000", "3x", "i12")]:
+    g = theirs.get(key, float("nan"))
+    print(f"{label:40} {ns(name):8.1f} {target:>7} {g:9.1f} {g / ns(name):9.2f}")
+PY
+rm -f "$reads"
 rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"

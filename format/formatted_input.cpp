@@ -84,8 +84,10 @@ bool RightAlignedDigits(const char* field, int32_t width, uint32_t* value, bool*
         uint64_t inTail = LowBytes(blanks - 8 + from) & ~LowBytes(from);
         if (((tail ^ (0x20 * kEachByte)) & inTail) != 0) return false;
     }
-    // The digits as eight with leading zeros.
-    *value = eight_digits::Combine((tail - 0x30 * kEachByte) & ~LowBytes(8 - digits));
+    // The digits as eight with leading zeros; the other bytes are cleared before the
+    // subtraction, whose borrow would reach the first digit.
+    uint64_t keep = ~LowBytes(8 - digits);
+    *value = eight_digits::Combine((tail & keep) - (0x30 * kEachByte & keep));
     return true;
 }
 

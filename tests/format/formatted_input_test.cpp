@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <random>
@@ -317,6 +319,66 @@ TEST_F(FormattedInputFile, NonAdvancingReadsWithSizeAndEndOfRecord) {
     delete second;
     delete third;
     Close(12);
+}
+
+// Random I fields (blanks anywhere, signs, junk, long digit runs) of every width that the
+// eight-byte path takes and beyond, against a plain reading of the rules; random real
+// fields against the C library's correctly rounded strtod.
+TEST_F(FormattedInput, FieldsAgreeWithIndependentReadings) {
+    std::mt19937 random(7);
+    const char alphabet[] = "      0123456789012345678901234567890123456789+-x,";
+    for (int i = 0; i < 20000; ++i) {
+        int width = 1 + static_cast<int>(random() % 20);
+        std::string field;
+        int blanks = static_cast<int>(random() % (width + 1));
+        field.assign(static_cast<size_t>(blanks), ' ');
+        if (random() % 3 == 0 && static_cast<int>(field.size()) < width) field += random() % 2 ? '-' : '+';
+        while (static_cast<int>(field.size()) < width) {
+            field += random() % 8 == 0 ? alphabet[random() % (sizeof alphabet - 1)] : static_cast<char>('0' + random() % 10);
+        }
+        // The reading of the rules: blanks skipped, one leading sign, digits, and message 97
+        // for anything else; a comma ends the field; 96 past the limit.
+        std::string visible = field.substr(0, field.find(','));
+        int64_t expected = 0;
+        int32_t expectedStatus = 0;
+        size_t at = visible.find_first_not_of(' ');
+        bool negative = false;
+        if (at != std::string::npos && (visible[at] == '+' || visible[at] == '-')) negative = visible[at++] == '-';
+        for (; at != std::string::npos && at < visible.size(); ++at) {
+            char c = visible[at];
+            if (c == ' ') continue;
+            if (c < '0' || c > '9') {
+                expectedStatus = 97;
+                break;
+            }
+            expected = expected * 10 + (c - '0');
+            if (expected > (negative ? 2147483648LL : 2147483647LL)) {
+                expectedStatus = 96;
+                break;
+            }
+        }
+        std::string format = "(I" + std::to_string(width) + ")";
+        int32_t value = -777;
+        int32_t status = ReadRecord(field, format.c_str(), [&](FormatReader& r) { r.Item(&value); });
+        ASSERT_EQ(status, expectedStatus) << "[" << field << "]";
+        if (expectedStatus == 0) ASSERT_EQ(value, negative ? -expected : expected) << "[" << field << "]";
+    }
+    for (int i = 0; i < 20000; ++i) {
+        double magnitude = std::ldexp(static_cast<double>(random()), static_cast<int>(random() % 120) - 90);
+        char text[64];
+        int digits = 1 + static_cast<int>(random() % 19);
+        const char* style = random() % 2 ? "%.*e" : "%.*f";
+        std::snprintf(text, sizeof text, style, digits, random() % 2 ? -magnitude : magnitude);
+        std::string field = std::string(random() % 4, ' ') + text;
+        if (field.size() > 40) continue;
+        std::string format = "(F" + std::to_string(field.size()) + ".3)";
+        double value = 0;
+        ASSERT_EQ(ReadRecord(field, format.c_str(), [&](FormatReader& r) { r.Item(&value); }), 0) << field;
+        ASSERT_EQ(value, std::strtod(text, nullptr)) << field;
+        float single = 0;
+        ASSERT_EQ(ReadRecord(field, format.c_str(), [&](FormatReader& r) { r.Item(&single); }), 0) << field;
+        ASSERT_EQ(single, std::strtof(text, nullptr)) << field;
+    }
 }
 
 // Values written with a format and read back with the same format keep every bit.
