@@ -20,6 +20,9 @@ extern const uint8_t MaxBinDigits[9];
 extern const uint8_t MaxOctDigits[9];
 extern const uint8_t MaxHighOctDigit[9];
 
+// An integer into an item of 1, 2, 4 or 8 bytes, in the machine's byte order.
+void StoreInteger(void* item, int32_t size, uint64_t value);
+
 // Each converts `length` bytes of field text and stores the value in the item; false when
 // a conversion error stopped the statement. An error that the program recovers from
 // leaves the value that recovery defines.

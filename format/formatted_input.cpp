@@ -201,25 +201,7 @@ bool EditRemainingLength(LocalContext* context, void* item) {
         FmtReadError(context);
         if (context->itemsStopped) return false;
     }
-    int64_t value = left;
-    switch (context->fmt.size) {
-    case 1: {
-        auto one = static_cast<int8_t>(value);
-        std::memcpy(item, &one, 1);
-        break;
-    }
-    case 2: {
-        auto two = static_cast<int16_t>(value);
-        std::memcpy(item, &two, 2);
-        break;
-    }
-    case 8: std::memcpy(item, &value, 8); break;
-    default: {
-        auto four = static_cast<int32_t>(value);
-        std::memcpy(item, &four, 4);
-        break;
-    }
-    }
+    StoreInteger(item, context->fmt.size, static_cast<uint64_t>(static_cast<int64_t>(left)));
     return true;
 }
 

@@ -20,9 +20,6 @@ constinit const uint8_t MaxBinDigits[9] = {0, 8, 16, 24, 32, 40, 48, 56, 64};
 constinit const uint8_t MaxOctDigits[9] = {0, 2, 5, 8, 10, 13, 16, 18, 21};
 constinit const uint8_t MaxHighOctDigit[9] = {0, 3, 1, 0, 3, 1, 0, 3, 1};
 
-namespace {
-
-// The value in the item's size, in the machine's byte order.
 void StoreInteger(void* item, int32_t size, uint64_t value) {
     switch (size) {
     case 1: {
@@ -43,6 +40,8 @@ void StoreInteger(void* item, int32_t size, uint64_t value) {
     default: std::memcpy(item, &value, 8); break;
     }
 }
+
+namespace {
 
 // Message 97 for a character no numeric field may hold. True when the program goes on
 // with a 0 in its place.
