@@ -193,18 +193,21 @@ print(f"{'strlen of the text (floor)':40} {floor:8.1f} {1.0:9.1f}")
 PY
 rm -rf "$formats"
 
-# Formatted WRITEs to a file beside a gfortran program doing the same.
-writes=$(mktemp)
-build/host/bench/fmt_write_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
-  --benchmark_out="$writes" --benchmark_out_format=json >/dev/null 2>&1
-write_peer=""
-if command -v gfortran >/dev/null; then
-  gfortran -O2 bench/peers/format_write.f90 -o "$peer_dir/format_write" && write_peer="$peer_dir/format_write"
-fi
-python3 - "$writes" "$write_peer" "$peer_dir" <<'PY'
-import json, os, statistics, subprocess, sys
-writes_json, peer, peer_dir = sys.argv[1:4]
-runs = {b["run_name"]: b for b in json.load(open(writes_json))["benchmarks"] if b.get("aggregate_name") == "median"}
+# A formatted-I/O benchmark beside a gfortran program doing the same: the benchmark, the
+# peer's source, the table's title and its rows (label, benchmark name, target, the key
+# the peer prints), as a Python list.
+formatted_table() {
+  local bench=$1 source=$2 title=$3 rows=$4 results peer=""
+  results=$(mktemp)
+  "build/host/bench/$bench" --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+    --benchmark_out="$results" --benchmark_out_format=json >/dev/null 2>&1
+  if command -v gfortran >/dev/null; then
+    gfortran -O2 "$source" -o "$peer_dir/$bench.peer" && peer="$peer_dir/$bench.peer"
+  fi
+  python3 - "$results" "$peer" "$peer_dir" "$title" "$rows" <<'PY'
+import ast, json, os, statistics, subprocess, sys
+results, peer, peer_dir, title, rows = sys.argv[1:6]
+runs = {b["run_name"]: b for b in json.load(open(results))["benchmarks"] if b.get("aggregate_name") == "median"}
 ns = lambda name: 1e9 / runs[name + "/real_time"]["items_per_second"]
 theirs = {}
 if peer:
@@ -214,43 +217,21 @@ if peer:
         samples.append({line.split()[0]: float(line.split()[1]) for line in out.splitlines() if line.strip()})
     theirs = {key: statistics.median(s[key] for s in samples) for key in samples[0]}
 print()
-print(f"{'formatted WRITE to a file, ns':40} {'ours':>8} {'target':>7} {'gfortran':>9} {'speed-up':>9}")
-for label, name, target, key in [("(5ES24.16), 2,000,000 REAL(8)", "WriteES24/2000000", 200, "es24"),
-                                 ("(10F12.4), 2,000,000 REAL(8)", "WriteF12/2000000", 130, "f12"),
-                                 ("(10I12), 5,000,000 INTEGER(4)", "WriteI12/5000000", 30, "i12"),
-                                 ("'(I5)' a statement, pre-encoded", "OneItemStatements/2000000/0", 50, "i5"),
-                                 ("'(I5)' a statement, text at run time", "OneItemStatements/2000000/1", float("nan"), "i5text")]:
-    g = theirs.get(key, float("nan"))
-    print(f"{label:40} {ns(name):8.1f} {target:7.0f} {g:9.1f} {g / ns(name):9.2f}")
-PY
-rm -f "$writes"
-
-# Formatted READs from a file in the page cache beside a gfortran program doing the same.
-reads=$(mktemp)
-build/host/bench/fmt_read_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
-  --benchmark_out="$reads" --benchmark_out_format=json >/dev/null 2>&1
-read_peer=""
-if command -v gfortran >/dev/null; then
-  gfortran -O2 bench/peers/format_read.f90 -o "$peer_dir/format_read" && read_peer="$peer_dir/format_read"
-fi
-python3 - "$reads" "$read_peer" "$peer_dir" <<'PY'
-import json, os, statistics, subprocess, sys
-reads_json, peer, peer_dir = sys.argv[1:4]
-runs = {b["run_name"]: b for b in json.load(open(reads_json))["benchmarks"] if b.get("aggregate_name") == "median"}
-ns = lambda name: 1e9 / runs[name + "/real_time"]["items_per_second"]
-theirs = {}
-if peer:
-    samples = []
-    for _ in range(3):
-        out = subprocess.run([peer, os.path.join(peer_dir, "read.txt")], check=True, capture_output=True, text=True).stdout
-        samples.append({line.split()[0]: float(line.split()[1]) for line in out.splitlines() if line.strip()})
-    theirs = {key: statistics.median(s[key] for s in samples) for key in samples[0]}
-print()
-print(f"{'formatted READ from a file, ns':40} {'ours':>8} {'target':>7} {'gfortran':>9} {'speed-up':>9}")
-for label, name, target, key in [("(5ES24.16), 2,000,000 REAL(8)", "ReadES24/2000000", "100", "es24"),
-                                 ("(10I12), 5,000,000 INTEGER(4)", "ReadI12/5000000", "3x", "i12")]:
+print(f"{title:40} {'ours':>8} {'target':>7} {'gfortran':>9} {'speed-up':>9}")
+for label, name, target, key in ast.literal_eval(rows):
     g = theirs.get(key, float("nan"))
     print(f"{label:40} {ns(name):8.1f} {target:>7} {g:9.1f} {g / ns(name):9.2f}")
 PY
-rm -f "$reads"
+  rm -f "$results"
+}
+
+formatted_table fmt_write_bench bench/peers/format_write.f90 "formatted WRITE to a file, ns" '[
+  ("(5ES24.16), 2,000,000 REAL(8)", "WriteES24/2000000", "200", "es24"),
+  ("(10F12.4), 2,000,000 REAL(8)", "WriteF12/2000000", "130", "f12"),
+  ("(10I12), 5,000,000 INTEGER(4)", "WriteI12/5000000", "30", "i12"),
+  ("(I5) a statement, pre-encoded", "OneItemStatements/2000000/0", "50", "i5"),
+  ("(I5) a statement, text at run time", "OneItemStatements/2000000/1", "-", "i5text")]'
+formatted_table fmt_read_bench bench/peers/format_read.f90 "formatted READ from a file, ns" '[
+  ("(5ES24.16), 2,000,000 REAL(8)", "ReadES24/2000000", "100", "es24"),
+  ("(10I12), 5,000,000 INTEGER(4)", "ReadI12/5000000", "3x", "i12")]'
 rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"
