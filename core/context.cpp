@@ -12,6 +12,7 @@
 #include "core/errors.h"
 #include "core/export.h"
 #include "core/unit.h"
+#include "listio/listio.h"
 #include "transport/transport.h"
 #include "vrn90.h"
 
@@ -130,7 +131,7 @@ LocalContext* CreateLocalContext(GlobalContext* global) {
         context.global = global;
         context.statementFlags = kNoStatement;
         context.command = kCommandNone;
-        context.ldLookAhead = -1;
+        context.ld_pending_char = -1;
     }
     block[0].messageBuffer = messageBuffer;
     block[0].scanBuffer = scanBuffer;
@@ -171,6 +172,7 @@ void FreeLocalContext(LocalContext** anchor) {
     while (block != nullptr) {
         LocalContext* nextBlock = block[kContextBlock - 1].next;
         for (int i = 0; i < kContextBlock; ++i) {
+            LDReadCleanup(&block[i]);
             std::free(block[i].formatBuffer.base);
             std::free(block[i].fmt.stackBase);
         }

@@ -98,17 +98,52 @@ struct LocalContext {
     int64_t* idAddress8;
     int64_t recordNumber;
     char* scanBuffer;
-    // List-directed state; the item routines own its meaning.
-    uint32_t ldItemCount;
+    // List-directed output state; the item routines own its meaning.
     uint32_t ld_skip_separator;
     uint32_t ld_first_item;
-    uint32_t ldAtFirstColumn;
     uint32_t ld_last_was_char;  // an undelimited character value was the last item
     uint32_t ld_delimited;
     uint32_t ld_in_namelist;
     char ld_delim_char;
     char ldSeparator;
-    int32_t ldLookAhead;     // a read-ahead character of the scanner, -1 for none
+    // List-directed input: the scanner keeps its place here from item to item, and a
+    // repeat count keeps the value in hand for the items it serves.
+    uint32_t ld_state;
+    int32_t ld_pending_char;        // a byte kept for the next scan, or -1
+    uint32_t ld_pending_class;
+    uint32_t ld_at_record_start;    // a record was just ended; the statement's end skips none
+    uint32_t ld_skip_column;        // drop the next byte (first column of a namelist record)
+    uint32_t ld_in_subscript;
+    uint8_t ld_subscript_end;
+    uint32_t ld_class_map[25];
+    int64_t ld_repeat;              // items the value in hand still serves
+    char* ld_rescan_buffer;         // every byte of the value in hand, kept between statements
+    char* ld_rescan_cursor;
+    int32_t ld_rescan_size;
+    int32_t ld_rescan_fill;
+    char* ld_name_start;
+    int32_t ld_name_length;
+    uint32_t ld_null_value;
+    uint32_t ld_type_error;
+    uint32_t ld_item_type;
+    uint32_t ld_item_kind;          // part length of a complex value in hand, 0 for a real one
+    char* ld_char_dest;
+    int32_t ld_char_room;
+    uint32_t ld_blank_zero;
+    int64_t ld_int_value;
+    int32_t ld_overflow_size;       // byte size at which the value in hand overflows, or 0
+    alignas(8) unsigned char ld_value_cache[2][16];
+    uint32_t ld_undelimited_ok;
+    uint32_t ld_next_name;
+    uint32_t ld_ieee_kind;          // 0, or the row of the infinity or NaN scanned
+    uint32_t array_abandon;
+    uint32_t nl_name_pending;
+    uint32_t nl_equal_seen;
+    uint32_t nl_name_begun;
+    uint32_t nl_end_seen;
+    const char* nl_group_name;      // the group a namelist READ looks for
+    int32_t nl_group_length;
+    uint32_t nl_mixed_case;         // group names compare as they stand, not upper-cased
     void* aioRequest;
     UnformattedItemRoutine readItem;
     UnformattedItemRoutine writeItem;

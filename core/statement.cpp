@@ -447,7 +447,6 @@ void SetModes(GlobalContext* global, LocalContext* context, const StatementShape
 }
 
 void ResetListDirectedState(LocalContext* context) {
-    context->ldItemCount = 0;
     context->ld_skip_separator = 0;
     context->ld_last_was_char = 0;
     context->ld_first_item = 0;
@@ -455,7 +454,6 @@ void ResetListDirectedState(LocalContext* context) {
     context->dtioFlags = kNoStatement;
     context->formatState[0] = 0;
     context->formatState[1] = 0;
-    context->ldAtFirstColumn = context->column == 0;
 }
 
 // The child statement of a derived-type I/O procedure runs on its parent's context.
@@ -734,7 +732,7 @@ int32_t PrepareUnit(LocalContext* context, UnitRecord** unitAddress, uint32_t di
 VRN_EXPORT int32_t _vrnEndIO(LocalContext* context) {
     if (context->dtioChild) {
         // The list-directed scanner may hold one character read ahead; a child gives it back.
-        if (context->ldLookAhead > ' ') {
+        if (context->ld_pending_char > ' ') {
             if (context->highWater == context->column) context->highWater--;
             context->column--;
             context->charsTransferred--;
@@ -744,7 +742,7 @@ VRN_EXPORT int32_t _vrnEndIO(LocalContext* context) {
                 unit->filePosition--;
             }
         }
-        context->ldLookAhead = -1;
+        context->ld_pending_char = -1;
         if (context->unit != nullptr && !context->unit->seekable) context->leftLimit = context->column;
         context->dtioFlags = context->statementFlags;
     }

@@ -143,6 +143,18 @@ int32_t _vrnWriteLDReal(LocalContext* context, const void* value, int32_t ignore
 int32_t _vrnWriteLDCmplx(LocalContext* context, const void* value, const int32_t* totalLength, const int32_t* partKind);
 int32_t _vrnWriteLDChar(LocalContext* context, const char* text, const int32_t* length);
 
+/* ---- List-directed input: one call per item after _vrnBeginIO ----
+ * Kinds as for output; a byte item is one byte whatever its kind word. A null value
+ * leaves the item as it was; "/" leaves it and every later item so, and the statement
+ * ends without error. A character item is blank-padded or cut to its length. */
+int32_t _vrnReadLDInt(LocalContext* context, void* item, int32_t ignored, const int32_t* kind);
+int32_t _vrnReadLDLog(LocalContext* context, void* item, int32_t ignored, const int32_t* kind);
+int32_t _vrnReadLDByte(LocalContext* context, void* item, int32_t ignored, const int32_t* kind);
+int32_t _vrnReadLDReal(LocalContext* context, void* item, int32_t ignored, const int32_t* kind);
+/* The imaginary part goes to item + totalLength / 2. */
+int32_t _vrnReadLDCmplx(LocalContext* context, void* item, const int32_t* totalLength, const int32_t* partKind);
+int32_t _vrnReadLDChar(LocalContext* context, char* item, const int32_t* length);
+
 /* ---- Formatted statements ----------------------------------------------------
  * The last argument of _vrnBeginIO for a formatted READ or WRITE is the address of a
  * format block. A character format gives its text and length, to be encoded at run time;

@@ -15,6 +15,13 @@ int32_t BeginIOReadLd(LocalContext* context, void* kindArgument);
 int32_t EndIOReadLd(LocalContext* context);
 // End of file in a list-directed READ.
 int32_t LDEndOfFileError(LocalContext* context);
+// Frees a context's rescan buffer when the contexts go.
+void LDReadCleanup(LocalContext* context);
+
+// The item routines of list-directed input by item type code; 6 (derived type) comes with
+// derived-type transfer. Their arguments differ by type; callers cast.
+using ReadLDFunction = void (*)(void);
+extern const ReadLDFunction ReadLDFns[7];
 
 // The real-number text of list-directed and namelist output; the result is its length.
 int32_t LdNlR4ToDec(LocalContext* context, const void* value, char* out, bool plus, bool comma);

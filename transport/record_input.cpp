@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <climits>
 #include <cerrno>
 #include <cstring>
 
@@ -401,6 +402,10 @@ int32_t ScanField(LocalContext* context, char* into, int32_t width, int separato
 const char* IOFieldInPlace(LocalContext* context, int32_t width) {
     const char* window = nullptr;
     return HeldRecordBytes(context, &window, width) == width ? window : nullptr;
+}
+
+int32_t IORecordWindow(LocalContext* context, const char** window) {
+    return HeldRecordBytes(context, window, INT32_MAX);
 }
 
 void IOConsumeInPlace(LocalContext* context, int32_t width) {

@@ -43,6 +43,10 @@ int32_t IOReadFieldBytes(LocalContext* context, char* into, int32_t width, int s
 // caller must recognise. IOConsumeInPlace then takes them as read.
 const char* IOFieldInPlace(LocalContext* context, int32_t width);
 void IOConsumeInPlace(LocalContext* context, int32_t width);
+// All the bytes that can be read in place from the current column on: the rest of an
+// internal record, or what the unit's buffer holds (which may run past an external
+// record's newline). 0 when only IOGetByte can go on.
+int32_t IORecordWindow(LocalContext* context, const char** window);
 // Whether a field that the record's end cut short counts as complete: PAD="YES".
 bool IOShortFieldPadded(const LocalContext* context);
 // What the real-field scanner saw: its last state, where each state was entered, and

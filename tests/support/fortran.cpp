@@ -221,6 +221,51 @@ FormatReader& FormatReader::Raw(void* item, int32_t totalLength, int32_t element
 
 int32_t FormatReader::End() { return _vrnEndIO(context_); }
 
+ListReader::ListReader(int32_t unit, Specifiers* specifiers, uint32_t options, void* iostat) : unit_(unit) {
+    context_ = _vrnBeginIO(&unit_, ListRead, specifiers != nullptr ? specifiers->list() : nullptr, options, iostat, 0,
+                           nullptr);
+}
+
+ListReader::ListReader(const char* base, uint32_t length, uint32_t records, uint32_t options, void* iostat,
+                       Specifiers* specifiers)
+    : file_{reinterpret_cast<uintptr_t>(base), static_cast<uintptr_t>(length) * records, length}, fileAddress_(&file_) {
+    context_ = _vrnBeginIO(&fileAddress_, InternalListRead, specifiers != nullptr ? specifiers->list() : nullptr,
+                           options, iostat, 0, nullptr);
+}
+
+ListReader& ListReader::Integer(void* value, int32_t kind) {
+    _vrnReadLDInt(context_, value, 0, &kind);
+    return *this;
+}
+
+ListReader& ListReader::Byte(int8_t* value) {
+    int32_t kind = 1;
+    _vrnReadLDByte(context_, value, 0, &kind);
+    return *this;
+}
+
+ListReader& ListReader::Logical(void* value, int32_t kind) {
+    _vrnReadLDLog(context_, value, 0, &kind);
+    return *this;
+}
+
+ListReader& ListReader::Real(void* value, int32_t kind) {
+    _vrnReadLDReal(context_, value, 0, &kind);
+    return *this;
+}
+
+ListReader& ListReader::Complex(void* parts, int32_t totalLength, int32_t partKind) {
+    _vrnReadLDCmplx(context_, parts, &totalLength, &partKind);
+    return *this;
+}
+
+ListReader& ListReader::Text(char* buffer, int32_t length) {
+    _vrnReadLDChar(context_, buffer, &length);
+    return *this;
+}
+
+int32_t ListReader::End() { return _vrnEndIO(context_); }
+
 std::string InternalRecords(const char* base, uint32_t length, uint32_t records) {
     std::string out;
     for (uint32_t r = 0; r < records; ++r) {

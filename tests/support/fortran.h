@@ -179,6 +179,36 @@ private:
     LocalContext* context_;
 };
 
+// READ (unit, *) items into the caller's variables:
+//   ListReader(10).Item(&n).Item(&x).Text(name, 8).End()
+class ListReader {
+public:
+    explicit ListReader(int32_t unit, Specifiers* specifiers = nullptr, uint32_t options = 0, void* iostat = nullptr);
+    // An internal READ of `records` elements of `length` characters.
+    ListReader(const char* base, uint32_t length, uint32_t records, uint32_t options = 0, void* iostat = nullptr,
+               Specifiers* specifiers = nullptr);
+    ListReader& Item(int32_t* value) { return Integer(value, 4); }
+    ListReader& Item(float* value) { return Real(value, 4); }
+    ListReader& Item(double* value) { return Real(value, 8); }
+    ListReader& Integer(void* value, int32_t kind);
+    ListReader& Byte(int8_t* value);
+    ListReader& Logical(void* value, int32_t kind);
+    ListReader& Real(void* value, int32_t kind);
+    ListReader& Real16(double* pair) { return Real(pair, 16); }
+    ListReader& Complex(float* parts) { return Complex(parts, 8, 4); }
+    ListReader& Complex(double* parts) { return Complex(parts, 16, 8); }
+    ListReader& Complex(void* parts, int32_t totalLength, int32_t partKind);
+    ListReader& Text(char* buffer, int32_t length);
+    LocalContext* context() const { return context_; }
+    int32_t End();
+
+private:
+    int32_t unit_ = 0;
+    InternalFile file_{};
+    InternalFile* fileAddress_ = nullptr;
+    LocalContext* context_;
+};
+
 // The records an internal formatted WRITE produced, each with its trailing blanks cut and
 // ended by "\n"; records never reached are left out.
 //   EXPECT_EQ(Formatted("(I5)", [](FormatWriter& w) { w.Item(7); }), "    7\n");
