@@ -464,10 +464,28 @@ float ubx_strtof(const char* text, char** end, int roundKey) {
     return d.negative ? -result : result;
 }
 
+// Moves trailing zeros of the mantissa into the exponent. The pair is a sum of rounded
+// products whose grouping depends on the digit count, so without this "0.5E-224" and
+// "0.50000E-224" could differ in the last bit of the low part, and a value written with
+// zeros behind its significant digits would not read back as itself.
+void DropTrailingZeros(DecimalText& d) {
+    for (int block = 2; block >= 0; --block) {
+        if (d.blockDigits[block] == 0) continue;
+        while (d.blockDigits[block] > 0 && std::fmod(d.blocks[block], 10.0) == 0.0) {
+            d.blocks[block] /= 10.0;  // exact: a whole number below 10^15 that ten divides
+            d.blockDigits[block] -= 1;
+            d.exponent += 1;
+        }
+        if (d.blockDigits[block] > 0 || block == 0) return;
+        d.blocks[block] = 0;
+    }
+}
+
 DoubleDouble _qatof(const char* text, int roundKey) {
     DoubleDouble zero{0.0, 0.0};
     if (text == nullptr) return zero;
     DecimalText d = Scan(text, 3);
+    DropTrailingZeros(d);
     if (!d.anyDigit) return {Special<double>(d, ld_ieee_val), 0.0};
     NearestRoundingScope rounding;
     double sign = d.negative ? -1.0 : 1.0;
