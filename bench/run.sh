@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
@@ -234,4 +234,7 @@ formatted_table fmt_write_bench bench/peers/format_write.f90 "formatted WRITE to
 formatted_table fmt_read_bench bench/peers/format_read.f90 "formatted READ from a file, ns" '[
   ("(5ES24.16), 2,000,000 REAL(8)", "ReadES24/2000000", "100", "es24"),
   ("(10I12), 5,000,000 INTEGER(4)", "ReadI12/5000000", "3x", "i12")]'
+formatted_table list_read_bench bench/peers/list_read.f90 "list-directed READ from a file, ns" '[
+  ("READ *, 2,000,000 REAL(8)", "ReadReal8/2000000", "130", "r8"),
+  ("READ *, 5,000,000 INTEGER(4)", "ReadInteger4/5000000", "3x", "i4")]'
 rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"

@@ -232,7 +232,23 @@ constexpr LDScanTable BuildTable() {
     return table;
 }
 
+constexpr LDScanTable kTable = BuildTable();
+
+// The states in which every digit leads back to the state itself with one action: a run
+// of digits there can be taken at once.
+constexpr std::array<uint8_t, kLDScanStates> FindDigitRuns() {
+    std::array<uint8_t, kLDScanStates> runs{};
+    for (int state = 0; state < kLDScanStates; ++state) {
+        const LDTransition& zero = kTable.rows[state][8];
+        const LDTransition& other = kTable.rows[state][9];
+        bool loop = zero.next == static_cast<uint32_t>(state) && other.next == zero.next && other.action == zero.action;
+        if (loop && (zero.action == 7 || zero.action == 15)) runs[state] = static_cast<uint8_t>(zero.action);
+    }
+    return runs;
+}
+
 }  // namespace
 
 constinit const std::array<uint8_t, 256> _LDCharClass = MakeCharClasses();
-constinit const LDScanTable _ldscan_transition = BuildTable();
+constinit const LDScanTable _ldscan_transition = kTable;
+constinit const std::array<uint8_t, kLDScanStates> kLDDigitRunAction = FindDigitRuns();

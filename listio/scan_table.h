@@ -22,3 +22,6 @@ struct LDScanTable {
 
 extern const std::array<uint8_t, 256> _LDCharClass;
 extern const LDScanTable _ldscan_transition;
+// For each state, the action (7 or 15) that every digit takes there while the state stays
+// the same, or 0.
+extern const std::array<uint8_t, kLDScanStates> kLDDigitRunAction;

@@ -206,6 +206,35 @@ TEST_F(ListInput, RealsSpecialValuesAndDecimalComma) {
     EXPECT_EQ(ReadRecord("1;5", [&](ListReader& r) { r.Item(&a); }), 97);  // ";" in decimal point mode
 }
 
+// Plain numbers are taken in place at once; behind a repeat count "1*" the same text goes
+// through the scanner's table. Both must store the same bits.
+TEST_F(ListInput, PlainNumbersAsTheTableReadsThem) {
+    std::mt19937 random(7);
+    const char* const pieces[] = {"0", "00", "1", "9", "12345678", "123456789012345678", "1234567890123456789", "."};
+    for (int round = 0; round < 20000; ++round) {
+        std::string token;
+        int form = static_cast<int>(random() % 4);
+        if (random() % 3 == 0) token += random() % 2 ? "-" : "+";
+        token += pieces[random() % 8];
+        if (form > 0) token += std::string(".") + pieces[random() % 7];
+        if (form > 1) token += std::string(random() % 2 ? "E" : "e") + (random() % 2 ? "-" : "") + pieces[random() % 3];
+        std::string lead = form == 3 && random() % 2 ? "  " : "";
+        std::string tail = random() % 2 ? " 1" : ",1";
+        for (int type = 0; type < 3; ++type) {
+            uint64_t plain[2] = {0, 0}, table[2] = {0, 0};
+            int32_t plainStatus = ReadRecord(lead + token + tail, [&](ListReader& r) {
+                if (type == 0) r.Integer(plain, 8); else if (type == 1) r.Real(plain, 8); else r.Real16(reinterpret_cast<double*>(plain));
+            });
+            int32_t tableStatus = ReadRecord(lead + "1*" + token + tail, [&](ListReader& r) {
+                if (type == 0) r.Integer(table, 8); else if (type == 1) r.Real(table, 8); else r.Real16(reinterpret_cast<double*>(table));
+            });
+            ASSERT_EQ(plainStatus, tableStatus) << token << " type " << type;
+            ASSERT_EQ(plain[0], table[0]) << token << " type " << type;
+            ASSERT_EQ(plain[1], table[1]) << token << " type " << type;
+        }
+    }
+}
+
 class ListInputFile : public ListInput {
 protected:
     void Put(const std::string& name, const std::string& bytes) {
