@@ -9,3 +9,6 @@ for example in print_empty files list_output formatted_report matmul; do
   echo "== examples/$example"
   (cd build/host/examples && ./"$example")
 done
+line="7 2.5D0 (1.0,-0.5) .true. 'It''s' 2*4 ,, 9"
+echo "== examples/list_input, given: $line"
+(cd build/host/examples && echo "$line" | ./list_input)

@@ -316,6 +316,50 @@ TEST_F(ListInput, InternalFilesEndAndLongTexts) {
 }
 
 
+TEST_F(ListInputFile, BadValuesGetTheirNumbersWithTheFileName) {
+    UseCatalogue(Catalogue::Built);
+    ResetRuntime();
+    Put("bad", std::string("maybe\n(1 x\n1 x\n") + std::string("12\0", 3) + "\n\xE9\n'open\n");
+    OpenFile(13, "bad");
+    char message[120];
+    int32_t iostat = 0, n = 0;
+    auto read = [&](const std::function<void(ListReader&)>& items) {
+        Specifiers s;
+        s.Location("bad.f", 9).Address(VRN_KEY_IOMSG, message, sizeof message);
+        ListReader reader(13, &s, 0, &iostat);
+        items(reader);
+        reader.End();
+        return std::string(message, sizeof message).substr(0, std::string(message, sizeof message).find_last_not_of(' ') + 1);
+    };
+    std::string text = read([&](ListReader& r) { r.Logical(&n, 4); });
+    EXPECT_EQ(iostat, 41);
+    EXPECT_NE(text.find(dir.Path("bad")), std::string::npos) << text;
+    float z[2];
+    read([&](ListReader& r) { r.Complex(z); });  // no comma behind the real part
+    EXPECT_EQ(iostat, 43);
+    read([&](ListReader& r) { r.Item(&n).Item(&n); });
+    EXPECT_EQ(iostat, 97);
+    EXPECT_EQ(n, 1);
+    read([&](ListReader& r) { r.Item(&n); });  // a NUL byte behind the digits
+    EXPECT_EQ(iostat, 97);
+    read([&](ListReader& r) { r.Item(&n); });  // a byte above 127
+    EXPECT_EQ(iostat, 97);
+    char word[8];
+    read([&](ListReader& r) { r.Text(word, 8); });  // a delimited text the file ends
+    EXPECT_EQ(iostat, -1);
+    Close(13);
+
+    // A 10,000-digit number: the limit for an integer, a value for a real, no fault.
+    std::string digits(10000, '7');
+    int64_t wide = 0;
+    EXPECT_EQ(ReadRecord(digits, [&](ListReader& r) { r.Integer(&wide, 8); }), 96);
+    double x = 0;
+    EXPECT_EQ(ReadRecord("0." + digits, [&](ListReader& r) { r.Item(&x); }), 0);
+    EXPECT_EQ(x, 7.0 / 9.0);
+    EXPECT_EQ(ReadRecord(digits, [&](ListReader& r) { r.Item(&x); }), 0);
+    EXPECT_TRUE(std::isinf(x));
+}
+
 // What list-directed output writes, list-directed input reads back to the same bits:
 // random values of every type, many to a record of 120 bytes.
 TEST_F(ListInputFile, RoundTripsThroughListDirectedOutput) {
