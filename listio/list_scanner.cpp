@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "convert/eight_digits.h"
 #include "core/context.h"
 #include "core/errors.h"
 #include "core/options.h"
@@ -30,17 +29,7 @@ constexpr int64_t kTenthOfMax = 922337203685477580;  // INT64_MAX / 10
 const char* const kLimitMax = "9223372036854775807";
 const char* const kLimitMin = "-9223372036854775808";
 
-bool StandardLevel(const LocalContext* context) {
-    switch (context->global->options.optLangLvl) {
-    case VRN_KEY_90STD:
-    case VRN_KEY_95STD:
-    case VRN_KEY_2003STD:
-    case VRN_KEY_2008STD:
-        return true;
-    default:
-        return false;
-    }
-}
+bool StandardLevel(const LocalContext* context) { return StrictLanguageLevel(context->global->options); }
 
 // NaN and infinity in input came with Fortran 2003.
 bool NinetiesLevel(const LocalContext* context) {
@@ -551,9 +540,8 @@ Outcome Scanner::Perform(uint32_t action) {
             ErrorHandler(kClassLanguage, kKindError, 187, 187, 0u) != kRecover) {
             return Stop();
         }
+        // A comment runs to the end of its record.
         if (!c_->ld_at_record_start && !SkipRecord()) return Stop();
-        c_->ld_at_record_start = 1;
-        c_->ld_skip_column = 1;
         return kGoOn;
     case 3:
         c_->ld_null_value = 1;
@@ -999,123 +987,6 @@ int32_t Scanner::Run(bool resume) {
         }
         if (uint8_t action = kLDDigitRunAction[state_]; action != 0 && !rescan_) TakeDigitRun(action);
     }
-}
-
-bool IsDigit(char byte) { return static_cast<unsigned char>(byte - '0') <= 9; }
-
-// Skips blanks and tabs from `at`, eight bytes at a time while the window has them.
-int32_t SkipBlanks(const char* window, int32_t at, int32_t size) {
-    while (at + 8 <= size) {
-        uint64_t others = eight_digits::LoadLowFirst(window + at) ^ (0x20 * eight_digits::kEachByte);
-        if (others != 0) {
-            at += __builtin_ctzll(others) >> 3;
-            break;
-        }
-        at += 8;
-    }
-    while (at < size && (window[at] == ' ' || window[at] == '\t')) ++at;
-    return at;
-}
-
-// The length of the run of digits at `at` (at most 8 when `value` is wanted), and its
-// value. Eight bytes are looked at together: a byte below "0" borrows from the byte
-// behind it, which lies behind the end of the run and so changes nothing.
-int32_t EightOrFewerDigits(const char* window, int32_t at, int32_t size, uint64_t* value) {
-    if (at + 8 > size) {
-        int32_t count = 0;
-        uint64_t sum = 0;
-        while (count < 8 && at + count < size && IsDigit(window[at + count])) {
-            sum = sum * 10 + static_cast<uint64_t>(window[at + count] - '0');
-            ++count;
-        }
-        *value = sum;
-        return count;
-    }
-    uint64_t digits = eight_digits::LoadLowFirst(window + at) - 0x30 * eight_digits::kEachByte;
-    uint64_t beyond = ((digits + 0x76 * eight_digits::kEachByte) | digits) & (0x80 * eight_digits::kEachByte);
-    int32_t count = beyond == 0 ? 8 : __builtin_ctzll(beyond) >> 3;
-    // The digits moved to the top of the word, with zeros in front, make their value.
-    *value = count == 0 ? 0 : eight_digits::Combine(digits << (8 * (8 - count)));
-    return count;
-}
-
-// A run of up to 19 digits: its length and, below 19, its value.
-int32_t DigitRun(const char* window, int32_t at, int32_t size, uint64_t* value) {
-    uint64_t part;
-    int32_t count = EightOrFewerDigits(window, at, size, &part);
-    uint64_t sum = part;
-    while (count % 8 == 0 && count > 0 && count < 19) {
-        int32_t more = EightOrFewerDigits(window, at + count, size, &part);
-        if (more == 0) break;
-        uint64_t scale = 1;
-        for (int32_t i = 0; i < more; ++i) scale *= 10;
-        sum = sum * scale + part;
-        count += more;
-    }
-    *value = sum;
-    return count;
-}
-
-// Most values are plain numbers between blanks or commas, and the table would take them
-// byte by byte to the same end. When the next value in place is one, it is taken here at
-// once: the same value, the same number text up to leading zeros, and the scan left in
-// the state the table would leave it in. Anything else, and any value the record or the
-// buffer cuts, goes to the table.
-bool PlainNumberInPlace(LocalContext* context) {
-    uint32_t type = context->ld_item_type;
-    bool integer = type == 0 || type == 3;
-    if (!integer && type != 4) return false;
-    uint32_t state = context->ld_state;
-    if ((state != 1 && state != 2 && state != 13) || context->ld_pending_char >= 0 || context->ld_in_namelist ||
-        context->ld_blank_zero || (context->options & VRN_OPTION_LD_INTERCHANGE)) {
-        return false;
-    }
-    const char* window;
-    int32_t size = IORecordWindow(context, &window);
-    if (size <= 0 || context->ld_skip_column) return false;
-    int32_t at = SkipBlanks(window, 0, size);
-    int32_t start = at;
-    if (at < size && (window[at] == '+' || window[at] == '-')) ++at;
-    uint64_t magnitude;
-    int32_t digits = DigitRun(window, at, size, &magnitude);
-    at += digits;
-    if (integer) {
-        if (digits == 0 || digits > 18) return false;
-    } else {
-        if (at < size && window[at] == '.') {
-            ++at;
-            int32_t fractionStart = at;
-            while (at < size && IsDigit(window[at])) ++at;
-            digits += at - fractionStart;
-        }
-        if (digits == 0) return false;
-        if (at < size && (window[at] == 'E' || window[at] == 'e')) {
-            ++at;
-            if (at < size && (window[at] == '+' || window[at] == '-')) ++at;
-            int32_t exponentStart = at;
-            while (at < size && IsDigit(window[at])) ++at;
-            if (at == exponentStart) return false;
-        }
-        if (at - start > 64) return false;
-    }
-    if (at >= size || (window[at] != ' ' && window[at] != ',')) return false;
-    if (integer) {
-        int64_t value = static_cast<int64_t>(magnitude);
-        context->ld_int_value = window[start] == '-' ? -value : value;
-        context->ld_overflow_size = 0;
-    } else {
-        std::memcpy(context->scanBuffer, window + start, static_cast<size_t>(at - start));
-        context->scanBuffer[at - start] = '\0';
-        context->ld_ieee_kind = 0;
-    }
-    // The separator goes with the value, as the table's finish behind it does.
-    context->ld_state = window[at] == ',' ? 2 : 13;
-    IOConsumeInPlace(context, at + 1);
-    context->ld_at_record_start = 0;
-    context->nl_name_pending = 0;
-    context->ld_repeat = 1;
-    context->ld_null_value = 0;
-    return true;
 }
 
 }  // namespace

@@ -12,6 +12,10 @@ struct LocalContext;
 // scan finished, for the rest of a complex value.
 int32_t LDScan(LocalContext* context, int32_t rescan, int32_t resume);
 
+// When the next value in place is a plain number of the item's type between blanks or
+// commas, takes it as the scan would and says so; otherwise takes nothing.
+bool PlainNumberInPlace(LocalContext* context);
+
 // The rescan buffer: allocated on a statement's first need and grown by 4096 bytes.
 int32_t LDReadInit(LocalContext* context);
 int32_t LDGrowRescanBuffer(LocalContext* context);

@@ -41,8 +41,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     InternalFile file{reinterpret_cast<uintptr_t>(area), static_cast<uintptr_t>(length) * records,
                       static_cast<uint32_t>(length)};
     InternalFile* address = &file;
+    // IOSTAT= or END= keeps the end of the records from ending the program.
     int32_t iostat = 0;
     int32_t* status = (flags & 4u) ? &iostat : nullptr;
+    if (status == nullptr) options |= VRN_OPTION_END;
     LocalContext* statement = _vrnBeginIO(&address, kInternalRead, keywords, options, status, 0, nullptr);
     int64_t integer = 0;
     int8_t byte = 0;
