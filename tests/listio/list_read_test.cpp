@@ -433,9 +433,14 @@ TEST_F(ListInputFile, RoundTripsThroughListDirectedOutput) {
         EXPECT_EQ(std::memcmp(&f, &floats[i], 4), 0) << floats[i] << " read as " << f;
         EXPECT_EQ(std::memcmp(q, &quads[2 * i], 16), 0) << quads[2 * i] << " + " << quads[2 * i + 1];
         EXPECT_EQ(std::memcmp(z, &complexes[2 * i], 16), 0) << complexes[2 * i];
-        int64_t expected = fitted(i);
-        int32_t kind = kKinds[i % 4];
-        EXPECT_EQ(std::memcmp(&n, &expected, static_cast<size_t>(kind)), 0) << expected;
+        int64_t stored = 0;
+        switch (kKinds[i % 4]) {
+        case 1: { int8_t v; std::memcpy(&v, &n, 1); stored = v; break; }
+        case 2: { int16_t v; std::memcpy(&v, &n, 2); stored = v; break; }
+        case 4: { int32_t v; std::memcpy(&v, &n, 4); stored = v; break; }
+        default: stored = n; break;
+        }
+        EXPECT_EQ(stored, fitted(i));
         EXPECT_EQ(truth, i % 3 == 0 ? 1 : 0);
         EXPECT_EQ(Chars(text, 12), texts[i] + std::string(12 - texts[i].size(), ' '));
     }
