@@ -488,6 +488,20 @@ bool EnterChildStatement(LocalContext* context, StatementShape& shape, void* uni
 
 }  // namespace
 
+int32_t StatementRoundKey(const LocalContext* context) {
+    switch (context->modeRound) {
+    case VRN_KEY_UP:
+    case VRN_KEY_DOWN:
+    case VRN_KEY_ZERO:
+    case VRN_KEY_NEAREST:
+    case VRN_KEY_COMPATIBLE:
+    case VRN_KEY_PROCESSOR_DEFINED:
+        return static_cast<int32_t>(context->modeRound);
+    default:
+        return VRN_KEY_PROCESSOR_DEFINED;
+    }
+}
+
 StatementShape DecodeStatementFlags(uint32_t statementFlags) {
     return StatementShape{statementFlags & 0xFFu, (statementFlags >> 8) & 0xFFu, (statementFlags >> 16) & 0x7Fu,
                           (statementFlags & VRN_FLAG_INTERNAL) != 0, (statementFlags & VRN_FLAG_ASYNCHRONOUS) != 0};

@@ -18,6 +18,10 @@ struct StatementShape {
 
 StatementShape DecodeStatementFlags(uint32_t statementFlags);
 
+// The statement's ROUND= mode as a conversion routine takes it: its keyword number, or
+// PROCESSOR_DEFINED when the mode holds none.
+int32_t StatementRoundKey(const LocalContext* context);
+
 // A Begin routine sets endRoutine (or leaves it null) and returns status.
 using BeginRoutine = int32_t (*)(LocalContext* context, void* kindArgument);
 constexpr int kDispatchEntries = 16;

@@ -14,6 +14,7 @@
 
 #include "core/context.h"
 #include "core/errors.h"
+#include "core/statement.h"
 #include "core/unit.h"
 #include "format/descriptor_table.h"
 #include "format/edit_output.h"
@@ -77,18 +78,6 @@ bool EndRecord(LocalContext* context) {
 bool RaiseFormatError(int32_t message, const char* name, int32_t value) {
     return ErrorHandler(kClassRecoverable, kKindError, message, kFormatErrorIostat, ArgText(1), name, ArgInt(2), value,
                         0u) == kRecover;
-}
-
-bool IsRoundKey(int32_t key) {
-    switch (key) {
-    case VRN_KEY_UP:
-    case VRN_KEY_DOWN:
-    case VRN_KEY_ZERO:
-    case VRN_KEY_NEAREST:
-    case VRN_KEY_COMPATIBLE:
-    case VRN_KEY_PROCESSOR_DEFINED: return true;
-    default: return false;
-    }
 }
 
 // The stack survives statements; a deeper format than any before replaces it.
@@ -203,8 +192,7 @@ int32_t Interpreter<Unit>::Header(LocalContext* context, uint32_t op) {
     f.scale = f.scaleSaved = 0;
     f.decimalComma = context->modeDecimal == VRN_KEY_COMMA;
     f.standardLevel = StrictLanguageLevel(context->global->options);
-    f.roundMode = IsRoundKey(static_cast<int32_t>(context->modeRound)) ? static_cast<int32_t>(context->modeRound)
-                                                                        : VRN_KEY_PROCESSOR_DEFINED;
+    f.roundMode = StatementRoundKey(context);
     if (!EnsureStack(f, Operand(f.current, VRN_FMT_HEADER_DEPTH - 1))) {
         ErrorHandler(kClassSevere, kKindResources, 37, 37, 0u);
         return kFormatStop;

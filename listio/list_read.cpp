@@ -10,6 +10,7 @@
 #include "core/context.h"
 #include "core/errors.h"
 #include "core/export.h"
+#include "core/statement.h"
 #include "listio/list_scanner.h"
 #include "listio/listio.h"
 #include "transport/transport.h"
@@ -90,25 +91,12 @@ void StoreInRange(LocalContext* context, void* item, int32_t size) {
 // always received it.
 uint64_t QuadSpecialHigh(uint32_t row) { return row == 6 ? 0xFFF0AAAA00000000ull : d_ieee_val[row]; }
 
-int RoundKey(const LocalContext* context) {
-    switch (context->modeRound) {
-    case VRN_KEY_UP:
-    case VRN_KEY_DOWN:
-    case VRN_KEY_ZERO:
-    case VRN_KEY_NEAREST:
-    case VRN_KEY_COMPATIBLE:
-        return static_cast<int>(context->modeRound);
-    default:
-        return VRN_KEY_PROCESSOR_DEFINED;
-    }
-}
-
 // Converts the real value in hand (the number text or a special row) into `to`, 4, 8 or
 // 16 bytes.
 void ConvertReal(LocalContext* context, void* to, int32_t size) {
     uint32_t row = context->ld_ieee_kind;
     const char* text = context->scanBuffer;
-    int round = RoundKey(context);
+    int round = StatementRoundKey(context);
     if (size == 4) {
         if (row != 0) {
             std::memcpy(to, &f_ieee_val[row], 4);
