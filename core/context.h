@@ -57,7 +57,10 @@ struct FormatCodeBuffer {
     void* base;
     int32_t bytes;
 };
-using UnformattedItemRoutine = int32_t (*)(LocalContext*, void*, int32_t);
+// The byte movers of an unformatted statement: IORead and IOWrite, or an asynchronous
+// layer's routines of the same shape.
+using ReadItemRoutine = int32_t (*)(LocalContext*, void*, int32_t);
+using WriteItemRoutine = int32_t (*)(LocalContext*, const void*, int32_t);
 
 struct LocalContext {
     LocalContext* next;
@@ -145,8 +148,10 @@ struct LocalContext {
     int32_t nl_group_length;
     uint32_t nl_mixed_case;         // group names compare as they stand, not upper-cased
     void* aioRequest;
-    UnformattedItemRoutine readItem;
-    UnformattedItemRoutine writeItem;
+    ReadItemRoutine readItem;
+    WriteItemRoutine writeItem;
+    int64_t recordTag;       // the leading length tag of the unformatted record being read
+    uint32_t itemAsync;      // the item in hand may move asynchronously
     int64_t streamPosition;  // POS= minus 1, -1 when not given
     uint32_t shortRecordSeen;
     UnitRecord* parentUnit;  // what a derived-type I/O parent leaves for its child

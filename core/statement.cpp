@@ -19,10 +19,11 @@
 #include "listio/listio.h"
 #include "transport/internal_file.h"
 #include "transport/transport.h"
+#include "ufmt/unformatted.h"
 #include "vrn90.h"
 
 const BeginRoutine DispatchBeginIO[kDispatchEntries] = {
-    nullptr, nullptr, nullptr, nullptr,         // unformatted, synchronous and asynchronous
+    BeginIOUfmt, BeginIOUfmt, nullptr, nullptr, // unformatted
     BeginIOReadLd, BeginIOWriteLd, nullptr, nullptr,  // list-directed
     nullptr, nullptr, nullptr, nullptr,         // namelist
     BeginIOFmt, BeginIOFmt, nullptr, nullptr,   // formatted

@@ -155,6 +155,20 @@ int32_t _vrnReadLDReal(LocalContext* context, void* item, int32_t ignored, const
 int32_t _vrnReadLDCmplx(LocalContext* context, void* item, const int32_t* totalLength, const int32_t* partKind);
 int32_t _vrnReadLDChar(LocalContext* context, char* item, const int32_t* length);
 
+/* ---- Unformatted statements: one call per item after _vrnBeginIO ----
+ * The last argument of _vrnBeginIO is null, or the address of the record's payload length
+ * as a 64-bit integer when the compiler knows it; the leading length tag is then written
+ * once. The type word holds the item type in bits 0-15 and the flags below. A complex
+ * item's parts lie at item and item + *length / 2; each part is *kind bytes. */
+#define VRN_UFMT_VECTOR       0x04000000u /* a 16-byte vector of *kind-byte elements, *length bytes */
+#define VRN_UFMT_ASYNCHRONOUS 0x20000000u /* the item may move asynchronously */
+#define VRN_UFMT_COMPONENT    0x40000000u /* a derived-type component in its array form */
+#define VRN_UFMT_RUN          0x80000000u /* a contiguous run of elements, *length bytes */
+int32_t _vrnWriteUfmt(LocalContext* context, const void* item, const int32_t* length, const int32_t* kind,
+                      uint32_t typeWord);
+int32_t _vrnReadUfmt(LocalContext* context, void* item, const int32_t* length, const int32_t* kind,
+                     uint32_t typeWord);
+
 /* ---- Formatted statements ----------------------------------------------------
  * The last argument of _vrnBeginIO for a formatted READ or WRITE is the address of a
  * format block. A character format gives its text and length, to be encoded at run time;

@@ -13,6 +13,7 @@
 #include "core/context.h"
 #include "core/unit.h"
 #include "transport/transport.h"
+#include "ufmt/byte_order.h"
 #include "vrn90_keywords.h"
 
 namespace {
@@ -254,14 +255,13 @@ int64_t PreviousRecordStart(int fd, int64_t position) {
 int64_t PreviousUnformattedRecordStart(const UnitRecord* unit, int64_t position) {
     uint32_t tagSize = unit->recordOverhead;
     if (position < static_cast<int64_t>(2 * tagSize)) return position == 0 ? 0 : (errno = EIO, -1);
-    uint8_t tag[4] = {};
-    if (tagSize != sizeof tag || pread64(unit->fd, tag, sizeof tag, position - static_cast<int64_t>(tagSize)) != 4) {
-        if (errno == 0) errno = EIO;
+    uint8_t tag[16];
+    ssize_t got = ValidTagWidth(tagSize) ? pread64(unit->fd, tag, tagSize, position - static_cast<int64_t>(tagSize)) : 0;
+    if (got != static_cast<ssize_t>(tagSize)) {
+        if (got >= 0) errno = EIO;
         return -1;
     }
-    if (unit->byteSwap) std::swap(tag[0], tag[3]), std::swap(tag[1], tag[2]);
-    int32_t length;
-    std::memcpy(&length, tag, sizeof length);
+    int64_t length = DecodeLengthTag(tag, tagSize, unit->byteSwap != 0);
     int64_t start = position - 2 * static_cast<int64_t>(tagSize) - length;
     if (length < 0 || start < 0) {
         errno = EIO;

@@ -17,6 +17,7 @@
 #include "core/unit.h"
 #include "transport/internal_file.h"
 #include "transport/transport.h"
+#include "ufmt/byte_order.h"
 #include "vrn90.h"
 
 int32_t FillUnit(GlobalContext*, UnitRecord* unit) {
@@ -301,7 +302,13 @@ int32_t IORead(LocalContext* context, void* into, int32_t count) {
         context->charsTransferred += delivered;
         context->highWater = std::max(context->highWater, context->column);
         if (delivered < want) {
-            if (delivered == 0 && context->column == 0) context->atEndOfFile = 1; else context->recordOverflow = 1;
+            // The file ended. An unformatted record that it cuts is an end of file too: its
+            // length said there was more.
+            if (!IsFormatted(unit) || (delivered == 0 && context->column == 0)) {
+                context->atEndOfFile = 1;
+            } else {
+                context->recordOverflow = 1;
+            }
         }
     }
     if (context->atEndOfFile && delivered == 0 && context->column == 0 && !IsStream(unit)) {
@@ -588,12 +595,27 @@ int32_t TerminateReadRecord(LocalContext* context) {
     } else if (!IsStream(unit)) {
         // An unformatted record: the rest of the payload, then the trailing length tag.
         int32_t end = context->recordLength >= 0 ? context->recordLength : context->column;
-        if ((end != context->column && !IOSetRecordOffset(context, end)) ||
-            !RepositionUnit(context->global, unit, static_cast<int64_t>(unit->recordOverhead))) {
+        if (end != context->column && !IOSetRecordOffset(context, end)) {
             IORaisePermanentError(context, unit, errno);
             return 0;
         }
+        uint8_t tag[16];
+        int32_t width = static_cast<int32_t>(unit->recordOverhead);
+        int32_t got = ReadUnit(context->global, unit, tag, width);
+        if (got < 0) {
+            IORaisePermanentError(context, unit, errno);
+            return 0;
+        }
+        unit->filePosition += got;
         context->recordLength = -1;
+        // A trailing tag that is cut or differs from the leading one shows a damaged file.
+        // A statement that has met an error already is not told twice.
+        if (!context->itemsStopped &&
+            (got != width || DecodeLengthTag(tag, unit->recordOverhead, unit->byteSwap != 0) != context->recordTag)) {
+            ErrorHandler(kClassConversion, kKindError, 3, 3, ArgText(1), UnitNameForMessages(unit), 0u);
+            context->itemsStopped = 1;
+            result = 0;
+        }
     }
     if (result == 1) unit->nextRecord += 1;
     unit->bufferKept = unit->bufferOffset;  // the next record starts here

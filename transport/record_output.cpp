@@ -12,6 +12,7 @@
 #include "core/unit.h"
 #include "transport/internal_file.h"
 #include "transport/transport.h"
+#include "ufmt/byte_order.h"
 #include "vrn90.h"
 
 namespace {
@@ -95,16 +96,8 @@ int32_t FinishExternalWriteRecord(LocalContext* context) {
     } else if (unit->access == VRN_KEY_SEQUENTIAL) {
         uint8_t tag[16];
         uint32_t size = unit->recordOverhead;
-        if (size != 2 && size != 4 && size != 8 && size != 16) {
-            CatastrophicExit("((void)\"Size should not be larger than 16\", 0)\n");
-        }
-        // The tag is the record length as a native integer of `size` bytes.
-        uint64_t value = static_cast<uint64_t>(static_cast<int64_t>(context->recordLength));
-        for (uint32_t i = 0; i < size; ++i) {
-            uint32_t shift = 8 * (__BYTE_ORDER__ == __ORDER_BIG_ENDIAN__ ? size - 1 - i : i);
-            tag[i] = shift < 64 ? static_cast<uint8_t>(value >> shift) : (context->recordLength < 0 ? 0xFF : 0);
-        }
-        if (unit->byteSwap) std::reverse(tag, tag + size);
+        if (!ValidTagWidth(size)) CatastrophicExit("((void)\"Size should not be larger than 16\", 0)\n");
+        EncodeLengthTag(context->recordLength, size, unit->byteSwap != 0, tag);
         if (WriteUnit(global, unit, tag, static_cast<int32_t>(size)) != static_cast<int32_t>(size)) return 0;
         context->recordLength = -1;
     } else {

@@ -266,6 +266,25 @@ ListReader& ListReader::Text(char* buffer, int32_t length) {
 
 int32_t ListReader::End() { return _vrnEndIO(context_); }
 
+Unformatted::Unformatted(int32_t unit, uint32_t flags, Specifiers* specifiers, uint32_t options, void* iostat,
+                         int32_t record, int64_t knownLength)
+    : unit_(unit), knownLength_(knownLength) {
+    context_ = _vrnBeginIO(&unit_, flags, specifiers != nullptr ? specifiers->list() : nullptr, options, iostat, record,
+                           knownLength_ >= 0 ? &knownLength_ : nullptr);
+}
+
+Unformatted& Unformatted::Raw(const void* item, int32_t length, int32_t kind, uint32_t typeWord) {
+    _vrnWriteUfmt(context_, item, &length, &kind, typeWord);
+    return *this;
+}
+
+Unformatted& Unformatted::Into(void* item, int32_t length, int32_t kind, uint32_t typeWord) {
+    _vrnReadUfmt(context_, item, &length, &kind, typeWord);
+    return *this;
+}
+
+int32_t Unformatted::End() { return _vrnEndIO(context_); }
+
 std::string InternalRecords(const char* base, uint32_t length, uint32_t records) {
     std::string out;
     for (uint32_t r = 0; r < records; ++r) {

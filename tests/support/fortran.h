@@ -46,6 +46,12 @@ constexpr uint32_t InternalListRead = ListRead | VRN_FLAG_INTERNAL;
 constexpr uint32_t FormattedWrite = VRN_STATEMENT_FLAGS(VRN_KIND_FORMATTED, VRN_DIRECTION_WRITE, VRN_ACCESS_SEQUENTIAL);
 constexpr uint32_t FormattedRead = VRN_STATEMENT_FLAGS(VRN_KIND_FORMATTED, VRN_DIRECTION_READ, VRN_ACCESS_SEQUENTIAL);
 constexpr uint32_t StreamListRead = VRN_STATEMENT_FLAGS(VRN_KIND_LIST_DIRECTED, VRN_DIRECTION_READ, VRN_ACCESS_STREAM);
+constexpr uint32_t UfmtWrite = VRN_STATEMENT_FLAGS(VRN_KIND_UNFORMATTED, VRN_DIRECTION_WRITE, VRN_ACCESS_SEQUENTIAL);
+constexpr uint32_t UfmtRead = VRN_STATEMENT_FLAGS(VRN_KIND_UNFORMATTED, VRN_DIRECTION_READ, VRN_ACCESS_SEQUENTIAL);
+constexpr uint32_t DirectUfmtWrite = VRN_STATEMENT_FLAGS(VRN_KIND_UNFORMATTED, VRN_DIRECTION_WRITE, VRN_ACCESS_DIRECT);
+constexpr uint32_t DirectUfmtRead = VRN_STATEMENT_FLAGS(VRN_KIND_UNFORMATTED, VRN_DIRECTION_READ, VRN_ACCESS_DIRECT);
+constexpr uint32_t StreamUfmtWrite = VRN_STATEMENT_FLAGS(VRN_KIND_UNFORMATTED, VRN_DIRECTION_WRITE, VRN_ACCESS_STREAM);
+constexpr uint32_t StreamUfmtRead = VRN_STATEMENT_FLAGS(VRN_KIND_UNFORMATTED, VRN_DIRECTION_READ, VRN_ACCESS_STREAM);
 
 // One data transfer statement on an external unit: BeginIO now, End() at the end.
 class Statement {
@@ -206,6 +212,30 @@ private:
     int32_t unit_ = 0;
     InternalFile file_{};
     InternalFile* fileAddress_ = nullptr;
+    LocalContext* context_;
+};
+
+// An unformatted READ or WRITE (by `flags`), items as the compiler passes them:
+//   Unformatted(10, UfmtWrite).Item(42).Item(2.5).Text("AB").End()
+// `knownLength` is the record length the compiler could tell, or -1 for none.
+class Unformatted {
+public:
+    Unformatted(int32_t unit, uint32_t flags, Specifiers* specifiers = nullptr, uint32_t options = 0,
+                void* iostat = nullptr, int32_t record = 0, int64_t knownLength = -1);
+    Unformatted& Item(int32_t value) { return Raw(&value, 4, 4, 0); }
+    Unformatted& Item(double value) { return Raw(&value, 8, 8, 4); }
+    Unformatted& Text(std::string_view text) { return Raw(text.data(), static_cast<int32_t>(text.size()), 1, 2); }
+    Unformatted& Raw(const void* item, int32_t length, int32_t kind, uint32_t typeWord);
+    // The read forms.
+    Unformatted& Into(int32_t* value) { return Into(value, 4, 4, 0); }
+    Unformatted& Into(double* value) { return Into(value, 8, 8, 4); }
+    Unformatted& Into(void* item, int32_t length, int32_t kind, uint32_t typeWord);
+    LocalContext* context() const { return context_; }
+    int32_t End();
+
+private:
+    int32_t unit_;
+    int64_t knownLength_;
     LocalContext* context_;
 };
 
