@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
@@ -237,4 +237,56 @@ formatted_table fmt_read_bench bench/peers/format_read.f90 "formatted READ from 
 formatted_table list_read_bench bench/peers/list_read.f90 "list-directed READ from a file, ns" '[
   ("READ *, 2,000,000 REAL(8)", "ReadReal8/2000000", "130", "r8"),
   ("READ *, 5,000,000 INTEGER(4)", "ReadInteger4/5000000", "3x", "i4")]'
+
+# Unformatted arrays: GB/s beside gfortran and dd, all on one file system. tmpfs keeps the
+# file in the page cache without the disk's write-back in the figures.
+ufmt_dir=$TMPDIR
+if [ -w /dev/shm ]; then ufmt_dir=/dev/shm; fi
+ufmt_results=$(mktemp)
+TMPDIR=$ufmt_dir build/host/bench/ufmt_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$ufmt_results" --benchmark_out_format=json >/dev/null 2>&1
+ufmt_peer=""
+if command -v gfortran >/dev/null; then
+  gfortran -O2 bench/peers/unformatted.f90 -o "$peer_dir/unformatted" && ufmt_peer="$peer_dir/unformatted"
+fi
+python3 - "$ufmt_results" "$ufmt_peer" "$ufmt_dir" <<'PY'
+import json, os, re, statistics, subprocess, sys
+results, peer, directory = sys.argv[1:4]
+runs = {b["run_name"]: b for b in json.load(open(results))["benchmarks"] if b.get("aggregate_name") == "median"}
+def ours(prefix):
+    name = next(n for n in runs if n.startswith(prefix))
+    return runs[name]["bytes_per_second"] / 2**30
+theirs = {}
+path = os.path.join(directory, "vrn_bench_ufmt_peer")
+if peer:
+    samples = []
+    for _ in range(5):
+        out = subprocess.run([peer, path], check=True, capture_output=True, text=True).stdout
+        samples.append({line.split()[0]: float(line.split()[1]) for line in out.splitlines() if line.strip()})
+    theirs = {key: statistics.median(s[key] for s in samples) for key in samples[0]}
+def dd(*arguments):
+    # dd's own clock, which leaves out its start-up.
+    rates = []
+    for _ in range(5):
+        err = subprocess.run(["dd", *arguments, "bs=1M"], check=True, capture_output=True, text=True).stderr
+        seconds = float(re.search(r"copied, ([0-9.e+-]+) s", err).group(1))
+        rates.append(100 * 2**20 / seconds / 2**30)
+    return statistics.median(rates)
+dd_file = os.path.join(directory, "vrn_bench_ufmt_dd")
+dd_write = dd("if=/dev/zero", f"of={dd_file}", "count=100")
+dd_read = dd(f"if={dd_file}", "of=/dev/null")
+os.unlink(dd_file)
+nan = float("nan")
+print()
+print(f"{'100 MB of REAL(8), 1 MB records, GB/s':40} {'ours':>7} {'gfortran':>9} {'dd bs=1M':>9} {'ours/gf':>8} {'ours/dd':>8}")
+for label, mine, key, limit in [("WRITE (u) x", "WriteArrays/30", "write", dd_write),
+                                ("READ (u) x", "ReadArrays/30", "read", dd_read),
+                                ("WRITE (u) x, swapped", "WriteArrays/31", "swapped_write", dd_write),
+                                ("READ (u) x, swapped", "ReadArrays/31", "swapped_read", dd_read)]:
+    g = theirs.get(key, nan)
+    print(f"{label:40} {ours(mine):7.2f} {g:9.2f} {limit:9.2f} {ours(mine) / g:8.2f} {ours(mine) / limit:8.2f}")
+print(f"{'swapped / unswapped, write and read':40} {ours('WriteArrays/31') / ours('WriteArrays/30'):7.2f} "
+      f"{ours('ReadArrays/31') / ours('ReadArrays/30'):9.2f}")
+PY
+rm -f "$ufmt_results"
 rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"

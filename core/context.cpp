@@ -174,6 +174,7 @@ void FreeLocalContext(LocalContext** anchor) {
         for (int i = 0; i < kContextBlock; ++i) {
             LDReadCleanup(&block[i]);
             std::free(block[i].formatBuffer.base);
+            std::free(block[i].ufmt_swap_area);
             std::free(block[i].fmt.stackBase);
         }
         std::free(block);

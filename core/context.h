@@ -152,6 +152,7 @@ struct LocalContext {
     WriteItemRoutine writeItem;
     int64_t recordTag;       // the leading length tag of the unformatted record being read
     uint32_t itemAsync;      // the item in hand may move asynchronously
+    uint8_t* ufmt_swap_area; // where swapped runs are reversed; owned, kept between statements
     int64_t streamPosition;  // POS= minus 1, -1 when not given
     uint32_t shortRecordSeen;
     UnitRecord* parentUnit;  // what a derived-type I/O parent leaves for its child

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -36,6 +37,12 @@ inline void ReverseByteOrder(void* bytes, uint32_t size) {
     default: CatastrophicExit("((void)\"Size should not be larger than 16\", 0)\n");
     }
 }
+
+// Reverses `count` elements of `size` bytes lying one after the other, and the same while
+// copying them elsewhere: the loops of a swapped array, one per size so that they run as
+// straight word loops.
+void ReverseEach(void* bytes, size_t count, uint32_t size);
+void CopyReversed(void* to, const void* from, size_t count, uint32_t size);
 
 // The widths a length tag may have; every connection is given 4.
 inline bool ValidTagWidth(uint32_t width) { return width == 2 || width == 4 || width == 8 || width == 16; }

@@ -6,6 +6,7 @@
 // stack area (a write) or are reversed where they were read (a read); characters and
 // one-byte items never change.
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "core/context.h"
@@ -20,7 +21,9 @@ namespace {
 
 constexpr int32_t kLargestElement = 16;
 constexpr int32_t kVectorBytes = 16;
-constexpr int32_t kSwapArea = 32768;  // a swapped run goes out in pieces of this size
+constexpr int32_t kStackSwapArea = 16384;  // a swapped run goes out in pieces of this size,
+constexpr int32_t kSwapArea = 262144;      // or of this when it is longer
+constexpr int32_t kReadPiece = 262144;
 
 bool Swaps(const LocalContext* context, int32_t type, int32_t kind) {
     return context->unit != nullptr && context->unit->byteSwap && type != kTypeCharacter && kind > 1;
@@ -32,7 +35,7 @@ void NoteAsynchronous(LocalContext* context, uint32_t typeWord) {
 
 // Reverses every whole element of `kind` bytes among `count`; a complex value is its parts.
 void ReverseElements(uint8_t* bytes, int32_t count, int32_t kind) {
-    for (int32_t at = 0; at + kind <= count; at += kind) ReverseByteOrder(bytes + at, static_cast<uint32_t>(kind));
+    ReverseEach(bytes, static_cast<size_t>(count / kind), static_cast<uint32_t>(kind));
 }
 
 // A vector holds 16 >> (kind >> 1) elements as far as swapping goes: 8 of 2 bytes, 4 of 4,
@@ -108,18 +111,45 @@ void ReadComplex(LocalContext* context, uint8_t* item, int32_t length, int32_t k
     }
 }
 
-// A run of elements on a unit that swaps: reversed piece by piece in a stack area.
+// The area a swapped run is reversed into on its way out: the context's own, kept from
+// statement to statement, so that a long run leaves in few large writes; the stack's
+// when that cannot be had.
+uint8_t* SwapArea(LocalContext* context, uint8_t* fallback, int32_t* size) {
+    if (context->ufmt_swap_area == nullptr) context->ufmt_swap_area = static_cast<uint8_t*>(std::malloc(kSwapArea));
+    if (context->ufmt_swap_area == nullptr) return fallback;
+    *size = kSwapArea;
+    return context->ufmt_swap_area;
+}
+
 void WriteSwappedRun(LocalContext* context, const uint8_t* item, int32_t length, int32_t kind, int32_t step) {
     CheckSwapSize(kind);
-    uint8_t area[kSwapArea];
-    int32_t piece = std::max(step, kSwapArea / step * step);
+    uint8_t stackArea[kStackSwapArea];
+    int32_t size = kStackSwapArea;
+    uint8_t* area = length > kStackSwapArea ? SwapArea(context, stackArea, &size) : stackArea;
+    int32_t piece = std::max(step, size / step * step);
     for (int32_t done = 0; done < length;) {
         int32_t count = std::min(piece, length - done);
-        std::memcpy(area, item + done, static_cast<size_t>(count));
-        ReverseElements(area, count, kind);
+        int32_t whole = count / kind;
+        CopyReversed(area, item + done, static_cast<size_t>(whole), static_cast<uint32_t>(kind));
+        std::memcpy(area + whole * kind, item + done + whole * kind, static_cast<size_t>(count - whole * kind));
         if (!Written(context, context->writeItem(context, area, count), count)) return;
         done += count;
     }
+}
+
+// A swapped run is read in pieces, each reversed while it is still in the cache. The
+// result is the bytes read.
+int32_t ReadSwappedRun(LocalContext* context, uint8_t* item, int32_t length, int32_t kind) {
+    int32_t piece = std::max(kind, kReadPiece / kind * kind);
+    int32_t done = 0;
+    while (done < length) {
+        int32_t count = std::min(piece, length - done);
+        int32_t got = context->readItem(context, item + done, count);
+        if (got > 0) ReverseElements(item + done, got, kind);  // elements that came whole
+        if (got > 0) done += got;
+        if (got != count) break;
+    }
+    return done;
 }
 
 }  // namespace
@@ -181,13 +211,17 @@ VRN_EXPORT int32_t _vrnReadUfmt(LocalContext* context, void* item, const int32_t
     int32_t count = run || type == kTypeCharacter || vector ? n : k;
     bool swap = Swaps(context, type, k) && !(run && type == kTypeDerived);
     if (swap) CheckSwapSize(k);
-    int32_t delivered = context->readItem(context, bytes, count);
-    // Elements that came whole are turned round even when the record ended inside a later one.
-    if (swap && delivered > 0) {
-        if (vector) {
-            ReverseVector(bytes, delivered, k);
-        } else {
-            ReverseElements(bytes, run ? delivered : std::min(delivered, k), k);
+    int32_t delivered;
+    if (swap && run) {
+        delivered = ReadSwappedRun(context, bytes, count, k);
+    } else {
+        delivered = context->readItem(context, bytes, count);
+        if (swap && delivered > 0) {
+            if (vector) {
+                ReverseVector(bytes, delivered, k);
+            } else {
+                ReverseElements(bytes, std::min(delivered, k), k);
+            }
         }
     }
     Read(context, delivered, count);
