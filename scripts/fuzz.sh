@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 seconds=${1:-120}
 cmake --preset fuzz >/dev/null
 cmake --build build/fuzz
-for fuzzer in option_fuzzer message_fuzzer atof_fuzzer format_fuzzer format_write_fuzzer format_read_fuzzer list_read_fuzzer; do
+for fuzzer in option_fuzzer message_fuzzer atof_fuzzer format_fuzzer format_write_fuzzer format_read_fuzzer list_read_fuzzer ufmt_read_fuzzer; do
   corpus=build/fuzz/corpus/$fuzzer
   mkdir -p "$corpus"
   echo "== $fuzzer for ${seconds}s"

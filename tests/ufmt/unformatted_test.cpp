@@ -116,6 +116,11 @@ TEST_F(UnformattedFiles, OverrunsAreMessageThreeUnlessNumIsGiven) {
     Unformatted(12, UfmtRead, nullptr, 0, &iostat).Into(&a).Into(&b).End();
     EXPECT_EQ(iostat, 3);
     EXPECT_EQ(a, 4);
+    // Under IOSTAT_END=2003STD a record shorter than the items is an end condition.
+    SetOptions("iostat_end=2003std");
+    FileCommand(12, VRN_COMMAND_REWIND);
+    Unformatted(12, UfmtRead, nullptr, 0, &iostat).Into(&a).Into(&b).End();
+    EXPECT_EQ(iostat, -1);
     Close(12);
 }
 
@@ -188,6 +193,81 @@ TEST_F(UnformattedFiles, SwappedFilesAreTheTargetsFilesOnEveryMachine) {
     EXPECT_EQ(std::string(text, 3), "XYZ");
     EXPECT_EQ(std::memcmp(vectorBack, shorts, 16), 0);
     EXPECT_EQ(std::memcmp(runBack, run, 24), 0);
+}
+
+// Every type and kind through a plain and a swapped unit: each swapped element is the
+// plain one reversed (a 16-byte one half by half), and both read back to the same bytes.
+TEST_F(UnformattedFiles, EveryTypeAndKindRoundTripsInBothOrders) {
+    struct Item {
+        int32_t type, kind, length;
+    };
+    const std::vector<Item> items = {{0, 1, 1},  {0, 2, 2},  {0, 4, 4},   {0, 8, 8},  {1, 1, 1},  {1, 2, 2},
+                                     {1, 4, 4},  {1, 8, 8},  {4, 4, 4},   {4, 8, 8},  {4, 16, 16}, {5, 4, 8},
+                                     {5, 8, 16}, {5, 16, 32}, {3, 1, 1},  {2, 1, 5}};
+    std::vector<std::vector<uint8_t>> values;
+    uint32_t seed = 12345;
+    for (const Item& item : items) {
+        std::vector<uint8_t> bytes(static_cast<size_t>(item.length));
+        for (uint8_t& b : bytes) b = static_cast<uint8_t>((seed = seed * 1103515245u + 12345u) >> 24);
+        values.push_back(bytes);
+    }
+    SetOptions("ufmt_littleendian=25");
+    OpenFile(24, "p");
+    OpenFile(25, "s");
+    for (int32_t unit : {24, 25}) {
+        Unformatted writer(unit, UfmtWrite);
+        for (size_t i = 0; i < items.size(); ++i) {
+            writer.Raw(values[i].data(), items[i].length, items[i].kind, static_cast<uint32_t>(items[i].type));
+        }
+        writer.End();
+        FileCommand(unit, VRN_COMMAND_REWIND);
+        Unformatted reader(unit, UfmtRead);
+        for (size_t i = 0; i < items.size(); ++i) {
+            std::vector<uint8_t> back(values[i].size());
+            reader.Into(back.data(), items[i].length, items[i].kind, static_cast<uint32_t>(items[i].type));
+            EXPECT_EQ(back, values[i]) << "unit " << unit << " item " << i;
+        }
+        reader.End();
+    }
+    Close(24);
+    Close(25);
+    std::string plain = File("p"), swapped = File("s");
+    ASSERT_EQ(plain.size(), swapped.size());
+    size_t at = 4;
+    for (const Item& item : items) {
+        std::string expected = plain.substr(at, static_cast<size_t>(item.length));
+        bool numeric = item.type != 2 && item.kind > 1;
+        int32_t piece = std::min(item.kind, 8);
+        for (int32_t from = 0; numeric && from < item.length; from += piece) {
+            std::reverse(expected.begin() + from, expected.begin() + from + piece);
+        }
+        EXPECT_EQ(swapped.substr(at, static_cast<size_t>(item.length)), expected) << item.type << " " << item.kind;
+        at += static_cast<size_t>(item.length);
+    }
+}
+
+// A pipe cannot seek back to the leading tag: the record waits in the unit's buffer until
+// its end, and is limited by that buffer.
+TEST_F(UnformattedFiles, APipeHoldsTheRecordUntilItsEnd) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    Specifiers s;
+    s.Text(VRN_KEY_FILE, "/dev/fd/" + std::to_string(ends[1])).Keyword(VRN_KEY_FORM, VRN_KEY_UNFORMATTED);
+    ASSERT_EQ(Open(26, s), 0);
+    int32_t iostat = 0;
+    Unformatted(26, UfmtWrite).Item(1).Item(2.0).End();
+    std::vector<char> tooLong(40000, 'x');
+    Unformatted(26, UfmtWrite, nullptr, 0, &iostat).Raw(tooLong.data(), 40000, 1, 2).End();
+    EXPECT_EQ(iostat, 3);
+    Close(26);
+    close(ends[1]);
+    std::string got;
+    char chunk[4096];
+    for (ssize_t n; (n = read(ends[0], chunk, sizeof chunk)) > 0;) got.append(chunk, static_cast<size_t>(n));
+    close(ends[0]);
+    EXPECT_EQ(got.substr(0, 20), Record(Native(1) + Native(2.0)));
+    EXPECT_EQ(got.size(), 20u + 8 + 32768);
+    EXPECT_EQ(got.substr(20, 4), Native(32768));
 }
 
 TEST_F(UnformattedFiles, AVectorOfTwoDoublesSwapsOnlyItsFirstElement) {
