@@ -96,7 +96,7 @@ int32_t FinishExternalWriteRecord(LocalContext* context) {
     } else if (unit->access == VRN_KEY_SEQUENTIAL) {
         uint8_t tag[16];
         uint32_t size = unit->recordOverhead;
-        if (!ValidTagWidth(size)) CatastrophicExit("((void)\"Size should not be larger than 16\", 0)\n");
+        if (!ValidTagWidth(size)) ElementSizeFault();
         EncodeLengthTag(context->recordLength, size, unit->byteSwap != 0, tag);
         if (WriteUnit(global, unit, tag, static_cast<int32_t>(size)) != static_cast<int32_t>(size)) return 0;
         context->recordLength = -1;

@@ -1,6 +1,8 @@
 // The word loops of swapped arrays.
 #include "ufmt/byte_order.h"
 
+#include "core/context.h"
+
 namespace {
 
 inline uint16_t Swapped(uint16_t word) { return __builtin_bswap16(word); }
@@ -33,8 +35,10 @@ void CopyReversed(void* to, const void* from, size_t count, uint32_t size) {
     case 4: CopyWords<uint32_t>(out, in, count); return;
     case 8: CopyWords<uint64_t>(out, in, count); return;
     case 16: CopyWords<uint64_t>(out, in, 2 * count); return;
-    default: CatastrophicExit("((void)\"Size should not be larger than 16\", 0)\n");
+    default: ElementSizeFault();
     }
 }
 
 void ReverseEach(void* bytes, size_t count, uint32_t size) { CopyReversed(bytes, bytes, count, size); }
+
+void ElementSizeFault() { CatastrophicExit("((void)\"Size should not be larger than 16\", 0)\n"); }

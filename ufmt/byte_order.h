@@ -5,44 +5,22 @@
 // left where it stands, which is what a real made of two doubles needs.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-
-[[noreturn]] void CatastrophicExit(const char* text);
-
-inline void ReverseByteOrder(void* bytes, uint32_t size) {
-    auto* p = static_cast<uint8_t*>(bytes);
-    switch (size) {
-    case 2: std::swap(p[0], p[1]); return;
-    case 4: {
-        uint32_t word;
-        std::memcpy(&word, p, 4);
-        word = __builtin_bswap32(word);
-        std::memcpy(p, &word, 4);
-        return;
-    }
-    case 8: {
-        uint64_t word;
-        std::memcpy(&word, p, 8);
-        word = __builtin_bswap64(word);
-        std::memcpy(p, &word, 8);
-        return;
-    }
-    case 16:
-        ReverseByteOrder(p, 8);
-        ReverseByteOrder(p + 8, 8);
-        return;
-    default: CatastrophicExit("((void)\"Size should not be larger than 16\", 0)\n");
-    }
-}
 
 // Reverses `count` elements of `size` bytes lying one after the other, and the same while
 // copying them elsewhere: the loops of a swapped array, one per size so that they run as
 // straight word loops.
 void ReverseEach(void* bytes, size_t count, uint32_t size);
 void CopyReversed(void* to, const void* from, size_t count, uint32_t size);
+
+// An element or tag of another size than 2, 4, 8 or 16 bytes is a fault of the caller's:
+// the process ends with the text of the failed assertion.
+[[noreturn]] void ElementSizeFault();
+
+// One element of 2, 4, 8 or 16 bytes.
+inline void ReverseByteOrder(void* bytes, uint32_t size) { ReverseEach(bytes, 1, size); }
 
 // The widths a length tag may have; every connection is given 4.
 inline bool ValidTagWidth(uint32_t width) { return width == 2 || width == 4 || width == 8 || width == 16; }

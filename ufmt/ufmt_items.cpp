@@ -49,7 +49,7 @@ void ReverseVector(uint8_t* bytes, int32_t count, int32_t kind) {
 // The element size must be one that can be reversed before it is copied anywhere.
 void CheckSwapSize(int32_t kind) {
     if (kind > kLargestElement || !ValidTagWidth(static_cast<uint32_t>(kind))) {
-        CatastrophicExit("((void)\"Size should not be larger than 16\", 0)\n");
+        ElementSizeFault();
     }
 }
 
