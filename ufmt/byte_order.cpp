@@ -23,10 +23,6 @@ void CopyWords(uint8_t* to, const uint8_t* from, size_t words) {
 
 }  // namespace
 
-// Swapped arrays are reversed at memory speed where the machine has wider shuffles.
-#if defined(__x86_64__) && !defined(__clang__)
-__attribute__((target_clones("avx2", "default")))
-#endif
 void CopyReversed(void* to, const void* from, size_t count, uint32_t size) {
     auto* out = static_cast<uint8_t*>(to);
     const auto* in = static_cast<const uint8_t*>(from);

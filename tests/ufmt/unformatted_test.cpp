@@ -268,6 +268,25 @@ TEST_F(UnformattedFiles, APipeHoldsTheRecordUntilItsEnd) {
     EXPECT_EQ(got.substr(0, 20), Record(Native(1) + Native(2.0)));
     EXPECT_EQ(got.size(), 20u + 8 + 32768);
     EXPECT_EQ(got.substr(20, 4), Native(32768));
+
+    // And read back from a pipe: the largest record fits the buffer with both its tags.
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(write(ends[1], got.data(), got.size()), static_cast<ssize_t>(got.size()));
+    close(ends[1]);
+    Specifiers r;
+    r.Text(VRN_KEY_FILE, "/dev/fd/" + std::to_string(ends[0])).Keyword(VRN_KEY_FORM, VRN_KEY_UNFORMATTED);
+    r.Keyword(VRN_KEY_ACTION, VRN_KEY_READ);  // READWRITE would hold a write end: no end of file
+    ASSERT_EQ(Open(27, r), 0);
+    int32_t one = 0;
+    double two = 0;
+    Unformatted(27, UfmtRead).Into(&one).Into(&two).End();
+    Unformatted(27, UfmtRead, nullptr, 0, &iostat).Into(tooLong.data(), 32768, 1, 2).End();
+    EXPECT_EQ(iostat, 0);
+    Unformatted(27, UfmtRead, nullptr, 0, &iostat).Into(&one).End();
+    EXPECT_EQ(iostat, -1);
+    EXPECT_EQ(two, 2.0);
+    Close(27);
+    close(ends[0]);
 }
 
 TEST_F(UnformattedFiles, AVectorOfTwoDoublesSwapsOnlyItsFirstElement) {
