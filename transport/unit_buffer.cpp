@@ -4,6 +4,7 @@
 // size and data is copied without a limit test (files that cannot be repositioned, short
 // fixed records). Block buffered: the buffer is a disk block, flushed when full, and large
 // transfers go straight from the caller's memory to write(2).
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -319,6 +320,10 @@ int32_t TruncateUnit(GlobalContext* global, UnitRecord* unit) {
         unit->permanentError = 1;
         return 0;
     }
+    // Only a file that goes on behind the position is cut: cutting one that does not
+    // would still make some file systems write the file back when it is closed.
+    struct stat64 status;
+    if (fstat64(unit->fd, &status) == 0 && status.st_size <= here) return 1;
     // Devices that look seekable may refuse; that is no failure of the program's.
     if (ftruncate64(unit->fd, here) != 0 && errno != EINVAL) {
         unit->permanentError = 1;
