@@ -6,6 +6,7 @@
 #include "core/context.h"
 #include "core/errors.h"
 #include "core/unit.h"
+#include "format/format_control.h"
 #include "transport/transport.h"
 #include "ufmt/byte_order.h"
 #include "ufmt/unformatted.h"
@@ -175,9 +176,9 @@ void UfmtReadError(LocalContext* context) {
 
 int32_t ArrayStepSize(int32_t type, int32_t kind, int32_t elementLength) {
     switch (type) {
-    case 2: return elementLength;       // character
-    case 5: return 2 * kind;            // complex
-    case 6: return elementLength;       // derived type: the size of the type
+    case kTypeCharacter: return elementLength;
+    case kTypeComplex: return 2 * kind;
+    case kTypeDerived: return elementLength;  // the size of the type
     default: return kind;
     }
 }
