@@ -139,7 +139,9 @@ struct LocalContext {
     uint32_t ld_undelimited_ok;
     uint32_t ld_next_name;
     uint32_t ld_ieee_kind;          // 0, or the row of the infinity or NaN scanned
-    uint32_t array_abandon;
+    uint32_t array_abandon;         // the scanner asks the array in progress to stop
+    uint32_t arrayActive;           // an array is being walked: arrayIndex says where
+    int32_t arrayIndex;             // 1-based element of the array in progress
     uint32_t nl_name_pending;
     uint32_t nl_equal_seen;
     uint32_t nl_name_begun;

@@ -17,7 +17,7 @@
 #include "core/unit.h"
 #include "format/format_control.h"
 #include "listio/listio.h"
-#include "transport/internal_file.h"
+#include "desc/array_walk.h"
 #include "transport/transport.h"
 #include "ufmt/unformatted.h"
 #include "vrn90.h"

@@ -8,6 +8,7 @@
 struct LocalContext;
 
 using ReadFmtFunction = int32_t (*)(LocalContext*, void*, const int32_t*, const int32_t*, int32_t);
+// Row 6, the derived type, holds _vrnReadFmtDT, whose arguments differ: cast it back.
 extern const ReadFmtFunction ReadFmtFns[7];
 
 // Limits by item size in bytes, and the same limits as text for message 96.

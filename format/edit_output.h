@@ -13,6 +13,7 @@ struct LocalContext;
 constexpr int32_t kScratchBytes = 2048;
 
 using WriteFmtFunction = int32_t (*)(LocalContext*, const void*, const int32_t*, const int32_t*, int32_t);
+// Row 6, the derived type, holds _vrnWriteFmtDT, whose arguments differ: cast it back.
 extern const WriteFmtFunction WriteFmtFns[7];
 
 // A write that came up short: the record overflowed (messages 4 and 5) or the file failed.

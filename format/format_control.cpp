@@ -161,6 +161,7 @@ struct Interpreter {
 
     static int32_t Control(LocalContext* context, int32_t endOfList, int32_t type, int32_t size, const void* item);
     static int32_t Setup(LocalContext* context, uint32_t code, int32_t size);
+    static bool DefinedEditOf(LocalContext* context, DefinedEdit* edit);
 
   private:
     static int32_t PrepareItem(LocalContext* context, int32_t type, int32_t size, const void* item);
@@ -525,11 +526,89 @@ int32_t Interpreter<Unit>::Setup(LocalContext* context, uint32_t code, int32_t b
     return result;
 }
 
+
+// The op of DT: the type text's length, the v-list's element width and byte length, the
+// op's total units, then the type text padded to a unit, then the v-list in groups.
+template <class Unit>
+bool Interpreter<Unit>::DefinedEditOf(LocalContext* context, DefinedEdit* edit) {
+    FormatState& f = context->fmt;
+    const Unit* op = At(f.current);
+    auto typeLength = static_cast<int32_t>(op[1]);
+    auto width = static_cast<int32_t>(op[2]);
+    auto listBytes = static_cast<int32_t>(op[3]);
+    if (width != 2 && width != 8) width = 4;
+    const auto* typeText = reinterpret_cast<const uint8_t*>(op + 5);
+    const uint8_t* list = typeText + (typeLength + sizeof(Unit) - 1) / sizeof(Unit) * sizeof(Unit);
+    // Every entry takes at least 2 bytes of the list, so this bounds the count.
+    int32_t most = listBytes / 2;
+    int32_t textBytes = (2 + typeLength + 7) / 8 * 8;
+    auto* block = static_cast<uint8_t*>(std::malloc(static_cast<size_t>(textBytes + most * 8 + 8)));
+    if (block == nullptr) {
+        ErrorHandler(kClassSevere, kKindResources, 37, 37, 0u);
+        return false;
+    }
+    block[0] = 'D';
+    block[1] = 'T';
+    if (typeLength > 0) std::memcpy(block + 2, typeText, static_cast<size_t>(typeLength));
+    uint8_t* values = block + textBytes;
+    int32_t count = 0;
+    auto store = [&](int64_t value) {
+        int16_t narrow = static_cast<int16_t>(value);
+        int32_t middle = static_cast<int32_t>(value);
+        uint8_t* at = values + static_cast<ptrdiff_t>(count) * width;
+        if (width == 2) std::memcpy(at, &narrow, 2);
+        else if (width == 4) std::memcpy(at, &middle, 4);
+        else std::memcpy(at, &value, 8);
+        ++count;
+    };
+    for (int32_t offset = 0; offset + 4 <= listBytes;) {
+        uint32_t head;
+        std::memcpy(&head, list + offset, 4);
+        uint32_t entries = head & 0x3FFFFFFFu;
+        uint32_t group = head >> 30;
+        offset += 4;
+        int32_t entryBytes = group == 0 ? width : 4;
+        for (uint32_t i = 0; i < entries && offset + entryBytes <= listBytes && count < most; ++i) {
+            int64_t value = 0;
+            if (group == 0 && width == 2) {
+                int16_t v;
+                std::memcpy(&v, list + offset, 2);
+                value = v;
+            } else if (group == 0 && width == 8) {
+                std::memcpy(&value, list + offset, 8);
+            } else {
+                int32_t v;
+                std::memcpy(&v, list + offset, 4);
+                value = v;
+                if (group == 1) value = f.expressionTable != nullptr ? f.expressionTable[v](f.expressionEnv) : 0;
+            }
+            store(value);
+            offset += entryBytes;
+        }
+    }
+    *edit = DefinedEdit{block, reinterpret_cast<const char*>(block), 2 + typeLength, values, count};
+    return true;
+}
+
 }  // namespace
 
 int32_t FormatControl(LocalContext* context, int32_t endOfList, int32_t type, int32_t size, const void* item) {
     if (context->fmt.wide) return Interpreter<int64_t>::Control(context, endOfList, type, size, item);
     return Interpreter<int32_t>::Control(context, endOfList, type, size, item);
+}
+
+bool TakeDefinedEdit(LocalContext* context, DefinedEdit* edit) {
+    int32_t result = FormatControl(context, 0, kTypeDerived, 0, nullptr);
+    if (result == kFormatStop) return false;
+    if (result == kFormatMismatch || context->fmt.desc != VRN_FMT_DT) {
+        const char* name = context->fmt.desc < static_cast<uint32_t>(kDescriptorCodes) ? DescName[context->fmt.desc] : "";
+        ErrorHandler(kClassRecoverable, kKindError, 110, 110, ArgText(1), name, ArgText(2),
+                     Writing(context) ? "WRITE" : "READ", 0u);
+        context->itemsStopped = 1;
+        return false;
+    }
+    if (context->fmt.wide) return Interpreter<int64_t>::DefinedEditOf(context, edit);
+    return Interpreter<int32_t>::DefinedEditOf(context, edit);
 }
 
 int32_t SetupDataDescriptor(LocalContext* context, uint32_t code, int32_t size) {

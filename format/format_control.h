@@ -48,3 +48,18 @@ void ApplyF90Rules(FormatState* state, int32_t operandCount, int32_t size, const
 // A read that ended short: the end of the file or of an internal file, or a record that
 // PAD="NO" does not let end early.
 void FmtReadError(LocalContext* context);
+
+// What a DT edit descriptor gives a defined I/O procedure: "DT" and its type text, and its
+// v-list as integers of the width the format was encoded for. All of it lives in `block`,
+// which the caller frees.
+struct DefinedEdit {
+    void* block;
+    const char* iotype;
+    int32_t iotypeLength;
+    const void* vlist;
+    int32_t vlistCount;
+};
+// Runs format control to the data descriptor of a derived-type item. false when the
+// statement is to stop: an error was handled, the descriptor is not DT (message 110), or
+// there was no memory (message 37).
+bool TakeDefinedEdit(LocalContext* context, DefinedEdit* edit);

@@ -407,4 +407,5 @@ void FmtReadError(LocalContext* context) {
 }
 
 constinit const ReadFmtFunction ReadFmtFns[7] = {_vrnReadFmt, _vrnReadFmt, _vrnReadFmt, _vrnReadFmt,
-                                                _vrnReadFmt, _vrnReadFmt, nullptr};
+                                                _vrnReadFmt, _vrnReadFmt,
+                                                reinterpret_cast<ReadFmtFunction>(reinterpret_cast<void (*)()>(_vrnReadFmtDT))};

@@ -391,4 +391,5 @@ void FmtWriteError(LocalContext* context) {
 }
 
 constinit const WriteFmtFunction WriteFmtFns[7] = {_vrnWriteFmt, _vrnWriteFmt, _vrnWriteFmt, _vrnWriteFmt,
-                                                  _vrnWriteFmt, _vrnWriteFmt, nullptr};
+                                                  _vrnWriteFmt, _vrnWriteFmt,
+                                                  reinterpret_cast<WriteFmtFunction>(reinterpret_cast<void (*)()>(_vrnWriteFmtDT))};

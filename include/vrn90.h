@@ -471,6 +471,100 @@ int32_t __vrnrtdgetmultiplier(const void* rtd, int32_t dim);
 /* Writes a descriptor to standard error, labelled with an identifying number. */
 void _vrndmprtd(const void* rtd, int32_t id);
 
+/* ---- Whole arrays and derived types as items ------------------------------------
+ * The array forms take the address of the first element, the address of the length word,
+ * the address of the kind word, the type word and the element length (the length of a
+ * character element). The type word holds the item type in bits 0-15 and one of: */
+#define VRN_ARRAY_DESCRIBED 0x40000000u /* the length word is the address of the array's RTD */
+#define VRN_ARRAY_RUN       0x80000000u /* one contiguous run; the length word is its bytes */
+/* With neither bit the item is a single element. The length word is pointer-sized; the
+ * kind word is an int32, except for a derived type, where it is the address of the type's
+ * table (so the kind word's address is the address of the table's address).
+ *
+ * A derived type is described by its table, which the compiler builds: `count`, `size`
+ * (bytes of one element), then a row for each component. All words are pointer-sized. */
+typedef struct VrnDTRow {
+    uintptr_t typeWord; /* as for the array forms */
+    uintptr_t kind;     /* the kind, or for a derived-type component the address of its table */
+    uintptr_t length;   /* bytes (character length, or a run's), or the RTD address */
+    uintptr_t reserved[2];
+    uintptr_t offset;   /* of the component from the start of the object */
+} VrnDTRow;
+typedef struct VrnDTTable {
+    uintptr_t count;
+    uintptr_t size;
+    VrnDTRow rows[];
+} VrnDTTable;
+
+/* A type with defined I/O procedures somewhere inside it has a second table beside the
+ * first, of the same rows: one for the type itself, then one for each component. A
+ * procedure of 0 means that the type or component has none for this direction; a derived
+ * component without one is walked through `nested`, the table of its own type. */
+typedef struct VrnDTIORow {
+    uintptr_t procedure; /* a VrnDefinedIO, or 0 */
+    uintptr_t rtd;       /* the RTD of the dtv argument; its base_ptr is set to the item */
+    uintptr_t nested;    /* a derived-type component: the DTIO table of its type, or 0 */
+    uintptr_t reserved;
+    uintptr_t value;     /* handed to the procedure as its eighth argument */
+    uintptr_t reserved2;
+} VrnDTIORow;
+
+/* A defined I/O procedure as the library calls it. `unit` and `iostat` point to 32-bit
+ * integers, or to 64-bit ones when the statement's options have bit 18. The unit is -2 for
+ * an internal file. The v-list is `vlistCount` default integers at `vlist` (0 and 0 in
+ * list-directed statements); `iotype` is "LISTDIRECTED", "NAMELIST" or "DT" and the text
+ * of the DT edit descriptor. The procedure runs its child statements on the same unit
+ * with _vrnBeginIO as usual. */
+typedef void (*VrnDefinedIO)(const RTD* dtv, const void* unit, const char* iotype, uintptr_t vlist,
+                             uintptr_t vlistCount, void* iostat, char* iomsg, uintptr_t value,
+                             int32_t iotypeLength, int32_t iomsgLength);
+
+int32_t _vrnWriteLDArray(LocalContext* context, const void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength);
+int32_t _vrnWriteLDArray_DTIO(LocalContext* context, const void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength, const VrnDTIORow* const* dtio);
+int32_t _vrnReadLDArray(LocalContext* context, void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength);
+int32_t _vrnReadLDArray_DTIO(LocalContext* context, void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength, const VrnDTIORow* const* dtio);
+int32_t _vrnWriteFmtArray(LocalContext* context, const void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength);
+int32_t _vrnWriteFmtArray_DTIO(LocalContext* context, const void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength, const VrnDTIORow* const* dtio);
+int32_t _vrnReadFmtArray(LocalContext* context, void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength);
+int32_t _vrnReadFmtArray_DTIO(LocalContext* context, void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength, const VrnDTIORow* const* dtio);
+int32_t _vrnWriteUfmtArray(LocalContext* context, const void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength);
+int32_t _vrnWriteUfmtArray_DTIO(LocalContext* context, const void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength, const VrnDTIORow* const* dtio);
+int32_t _vrnReadUfmtArray(LocalContext* context, void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength);
+int32_t _vrnReadUfmtArray_DTIO(LocalContext* context, void* first, const uintptr_t* lengthWord, const void* kindWord,
+    uint32_t typeWord, int32_t elementLength, const VrnDTIORow* const* dtio);
+
+/* One object of a derived type: its address, a word that is not read, and the address of
+ * the address of its table (and of its DTIO table). */
+int32_t _vrnWriteLDDT(LocalContext* context, const void* object, uintptr_t ignored, const VrnDTTable* const* table);
+int32_t _vrnWriteLDDT_DTIO(LocalContext* context, const void* object, uintptr_t ignored, const VrnDTTable* const* table,
+    const VrnDTIORow* const* dtio);
+int32_t _vrnReadLDDT(LocalContext* context, void* object, uintptr_t ignored, const VrnDTTable* const* table);
+int32_t _vrnReadLDDT_DTIO(LocalContext* context, void* object, uintptr_t ignored, const VrnDTTable* const* table,
+    const VrnDTIORow* const* dtio);
+int32_t _vrnWriteFmtDT(LocalContext* context, const void* object, uintptr_t ignored, const VrnDTTable* const* table);
+int32_t _vrnWriteFmtDT_DTIO(LocalContext* context, const void* object, uintptr_t ignored, const VrnDTTable* const* table,
+    const VrnDTIORow* const* dtio);
+int32_t _vrnReadFmtDT(LocalContext* context, void* object, uintptr_t ignored, const VrnDTTable* const* table);
+int32_t _vrnReadFmtDT_DTIO(LocalContext* context, void* object, uintptr_t ignored, const VrnDTTable* const* table,
+    const VrnDTIORow* const* dtio);
+int32_t _vrnWriteUfmtDT(LocalContext* context, const void* object, uintptr_t ignored, const VrnDTTable* const* table);
+int32_t _vrnWriteUfmtDT_DTIO(LocalContext* context, const void* object, uintptr_t ignored, const VrnDTTable* const* table,
+    const VrnDTIORow* const* dtio);
+int32_t _vrnReadUfmtDT(LocalContext* context, void* object, uintptr_t ignored, const VrnDTTable* const* table);
+int32_t _vrnReadUfmtDT_DTIO(LocalContext* context, void* object, uintptr_t ignored, const VrnDTTable* const* table,
+    const VrnDTIORow* const* dtio);
+
 /* The descriptor of C interoperability that C code sees for an assumed-shape or
  * assumed-rank dummy argument. */
 #define VRN_CFI_MAX_RANK 15

@@ -11,6 +11,7 @@
 #include "core/errors.h"
 #include "core/export.h"
 #include "core/statement.h"
+#include "core/unit.h"
 #include "listio/list_scanner.h"
 #include "listio/listio.h"
 #include "transport/transport.h"
@@ -279,5 +280,47 @@ const ReadLDFunction ReadLDFns[7] = {
     reinterpret_cast<ReadLDFunction>(_vrnReadLDInt),  reinterpret_cast<ReadLDFunction>(_vrnReadLDLog),
     reinterpret_cast<ReadLDFunction>(_vrnReadLDChar), reinterpret_cast<ReadLDFunction>(_vrnReadLDByte),
     reinterpret_cast<ReadLDFunction>(_vrnReadLDReal), reinterpret_cast<ReadLDFunction>(_vrnReadLDCmplx),
-    nullptr,
+    reinterpret_cast<ReadLDFunction>(_vrnReadLDDT),
 };
+const ReadLDFunction ReadLDFns_DTIO[7] = {
+    reinterpret_cast<ReadLDFunction>(_vrnReadLDInt),  reinterpret_cast<ReadLDFunction>(_vrnReadLDLog),
+    reinterpret_cast<ReadLDFunction>(_vrnReadLDChar), reinterpret_cast<ReadLDFunction>(_vrnReadLDByte),
+    reinterpret_cast<ReadLDFunction>(_vrnReadLDReal), reinterpret_cast<ReadLDFunction>(_vrnReadLDCmplx),
+    reinterpret_cast<ReadLDFunction>(_vrnReadLDDT_DTIO),
+};
+
+bool LdPositionForChild(LocalContext* context) {
+    uint32_t savedState = context->ld_state;
+    int64_t savedRepeat = context->ld_repeat;
+    bool comma = DecimalComma(context);
+    uint32_t kind = context->statementFlags & 0xFFu;
+    bool formattedParent = context->dtioChild && (context->parentFlags & 0xFFu) == VRN_KIND_FORMATTED;
+    uint32_t state;
+    if (context->arrayActive && context->arrayIndex > 1 && kind != VRN_KIND_FORMATTED && formattedParent) {
+        state = comma ? 134 : 132;
+    } else if (kind != VRN_KIND_NAMELIST || context->nl_equal_seen) {
+        state = 133;
+    } else {
+        state = 136;
+        if (context->ld_pending_char != '=') context->ld_pending_char = -1;
+    }
+    context->ld_state = state;
+    LDScan(context, 0, 0);
+    context->ld_state = savedState;
+    context->ld_repeat = savedRepeat;
+    // The byte the scan stopped at belongs to the child: it goes back into the input.
+    if (context->ld_pending_char > ' ') {
+        context->column--;
+        context->charsTransferred--;
+        if (context->highWater > context->column) context->highWater--;
+        if (UnitRecord* unit = context->unit) {
+            unit->cursor--;
+            unit->bufferOffset--;
+            unit->filePosition--;
+        }
+    }
+    context->ld_pending_char = -1;
+    context->ld_rescan_fill = 0;
+    context->ld_rescan_cursor = context->ld_rescan_buffer;
+    return !context->itemsStopped;
+}

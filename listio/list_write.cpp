@@ -57,6 +57,16 @@ bool Write(LocalContext* context, const char* bytes, int32_t count) {
     return false;
 }
 
+void WriteSeparator(LocalContext* context) {
+    char separator = context->ldSeparator;
+    if (separator == ';' || separator == ',') {
+        const char pair[2] = {separator, ' '};
+        Write(context, pair, 2);
+    } else {
+        Write(context, &separator, 1);
+    }
+}
+
 void SeparatorStep(LocalContext* context) {
     if (context->ld_first_item) {
         context->ld_first_item = 0;
@@ -66,14 +76,7 @@ void SeparatorStep(LocalContext* context) {
         context->ld_skip_separator = 0;
         return;
     }
-    if (context->column >= context->recordMax) return;
-    char separator = context->ldSeparator;
-    if (separator == ';' || separator == ',') {
-        const char pair[2] = {separator, ' '};
-        Write(context, pair, 2);
-    } else {
-        Write(context, &separator, 1);
-    }
+    if (context->column < context->recordMax) WriteSeparator(context);
 }
 
 // Places a number's text of `length` bytes: on this record if it fits, else on the next.
@@ -462,10 +465,26 @@ VRN_EXPORT int32_t _vrnWriteLDChar(LocalContext* context, const char* text, cons
     return context->status;
 }
 
-// Indexed by item type code; derived types arrive with their transfer layer.
+void LdSeparateChild(LocalContext* context) {
+    if (context->ld_delimited || context->ld_first_item || context->ld_last_was_char) return;
+    if (context->ld_skip_separator) {
+        context->ld_skip_separator = 0;
+        return;
+    }
+    if (context->column < context->recordMax) WriteSeparator(context);
+    context->ld_skip_separator = 1;
+}
+
+// Indexed by item type code.
 const LdWriteFunction LdWriteFunctions[7] = {
     reinterpret_cast<LdWriteFunction>(_vrnWriteLDInt),  reinterpret_cast<LdWriteFunction>(_vrnWriteLDLog),
     reinterpret_cast<LdWriteFunction>(_vrnWriteLDChar), reinterpret_cast<LdWriteFunction>(_vrnWriteLDByte),
     reinterpret_cast<LdWriteFunction>(_vrnWriteLDReal), reinterpret_cast<LdWriteFunction>(_vrnWriteLDCmplx),
-    nullptr,
+    reinterpret_cast<LdWriteFunction>(_vrnWriteLDDT),
+};
+const LdWriteFunction LdWriteFunctions_DTIO[7] = {
+    reinterpret_cast<LdWriteFunction>(_vrnWriteLDInt),  reinterpret_cast<LdWriteFunction>(_vrnWriteLDLog),
+    reinterpret_cast<LdWriteFunction>(_vrnWriteLDChar), reinterpret_cast<LdWriteFunction>(_vrnWriteLDByte),
+    reinterpret_cast<LdWriteFunction>(_vrnWriteLDReal), reinterpret_cast<LdWriteFunction>(_vrnWriteLDCmplx),
+    reinterpret_cast<LdWriteFunction>(_vrnWriteLDDT_DTIO),
 };

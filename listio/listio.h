@@ -18,10 +18,15 @@ int32_t LDEndOfFileError(LocalContext* context);
 // Frees a context's rescan buffer when the contexts go.
 void LDReadCleanup(LocalContext* context);
 
-// The item routines of list-directed input by item type code; 6 (derived type) comes with
-// derived-type transfer. Their arguments differ by type; callers cast.
+// The item routines of list-directed input by item type code. Their arguments differ by
+// type; callers cast. The _DTIO table differs in its derived-type entry.
 using ReadLDFunction = void (*)(void);
 extern const ReadLDFunction ReadLDFns[7];
+extern const ReadLDFunction ReadLDFns_DTIO[7];
+// Before a defined input procedure: skips the separators ahead of its value and gives the
+// byte after them back to the input, so that the child's scan starts on it. false when
+// the statement stopped on the way (end of file, an error).
+bool LdPositionForChild(LocalContext* context);
 
 // The real-number text of list-directed and namelist output; the result is its length.
 int32_t LdNlR4ToDec(LocalContext* context, const void* value, char* out, bool plus, bool comma);
@@ -32,3 +37,7 @@ int32_t LdNlR16ToDec(LocalContext* context, const void* value, char* out, bool p
 // differ by type; callers cast to the routine's own type.
 using LdWriteFunction = void (*)(void);
 extern const LdWriteFunction LdWriteFunctions[7];
+extern const LdWriteFunction LdWriteFunctions_DTIO[7];
+// Before a defined output procedure: the separator its first item would have written, so
+// that the child's first item writes none.
+void LdSeparateChild(LocalContext* context);

@@ -15,7 +15,7 @@
 #include "core/errors.h"
 #include "convert/convert.h"
 #include "core/unit.h"
-#include "transport/internal_file.h"
+#include "desc/array_walk.h"
 #include "transport/transport.h"
 #include "ufmt/byte_order.h"
 #include "vrn90.h"

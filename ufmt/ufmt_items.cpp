@@ -12,6 +12,7 @@
 #include "core/context.h"
 #include "core/export.h"
 #include "core/unit.h"
+#include "desc/transfer_forms.h"
 #include "format/format_control.h"
 #include "transport/transport.h"
 #include "ufmt/byte_order.h"
@@ -28,6 +29,9 @@ constexpr int32_t kReadPiece = 262144;
 bool Swaps(const LocalContext* context, int32_t type, int32_t kind) {
     return context->unit != nullptr && context->unit->byteSwap && type != kTypeCharacter && kind > 1;
 }
+
+// A derived type swaps component by component, which the derived-type layer does.
+bool SwapsDerived(const LocalContext* context) { return context->unit != nullptr && context->unit->byteSwap; }
 
 void NoteAsynchronous(LocalContext* context, uint32_t typeWord) {
     context->itemAsync = (typeWord & kUfmtAsynchronous) != 0 && context->aioRequest != nullptr;
@@ -160,12 +164,15 @@ VRN_EXPORT int32_t _vrnWriteUfmt(LocalContext* context, const void* item, const 
     NoteAsynchronous(context, typeWord);
     const auto* bytes = static_cast<const uint8_t*>(item);
     int32_t type = static_cast<int32_t>(typeWord & kUfmtTypeMask);
-    int32_t k = *kind;
     int32_t n = *length;
+    // The kind word of a derived type is the address of its table.
+    if (type == kTypeDerived && (typeWord & kUfmtRun) && SwapsDerived(context)) {
+        return UfmtDerivedRun(context, const_cast<void*>(item), n, kind, true);
+    }
+    int32_t k = type == kTypeDerived ? 0 : *kind;
     if (typeWord & kUfmtRun) {
-        // A derived type swaps component by component, which the derived-type layer does.
-        if (Swaps(context, type, k) && type != kTypeDerived) {
-            WriteSwappedRun(context, bytes, n, k, ArrayStepSize(type, k, n));
+        if (Swaps(context, type, k)) {
+            WriteSwappedRun(context, bytes, n, k, type == kTypeComplex ? 2 * k : k);
         } else {
             Written(context, context->writeItem(context, bytes, n), n);
         }
@@ -200,8 +207,11 @@ VRN_EXPORT int32_t _vrnReadUfmt(LocalContext* context, void* item, const int32_t
     NoteAsynchronous(context, typeWord);
     auto* bytes = static_cast<uint8_t*>(item);
     int32_t type = static_cast<int32_t>(typeWord & kUfmtTypeMask);
-    int32_t k = *kind;
     int32_t n = *length;
+    if (type == kTypeDerived && (typeWord & kUfmtRun) && SwapsDerived(context)) {
+        return UfmtDerivedRun(context, item, n, kind, false);
+    }
+    int32_t k = type == kTypeDerived ? 0 : *kind;
     if (type == kTypeComplex && !(typeWord & kUfmtRun)) {
         ReadComplex(context, bytes, n, k);
         return context->status;
@@ -209,7 +219,7 @@ VRN_EXPORT int32_t _vrnReadUfmt(LocalContext* context, void* item, const int32_t
     bool vector = (typeWord & (kUfmtVector | kUfmtRun)) == kUfmtVector;
     bool run = (typeWord & kUfmtRun) != 0;
     int32_t count = run || type == kTypeCharacter || vector ? n : k;
-    bool swap = Swaps(context, type, k) && !(run && type == kTypeDerived);
+    bool swap = Swaps(context, type, k);
     if (swap) CheckSwapSize(k);
     int32_t delivered;
     if (swap && run) {

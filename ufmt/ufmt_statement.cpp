@@ -173,12 +173,3 @@ void UfmtReadError(LocalContext* context) {
         }
     }
 }
-
-int32_t ArrayStepSize(int32_t type, int32_t kind, int32_t elementLength) {
-    switch (type) {
-    case kTypeCharacter: return elementLength;
-    case kTypeComplex: return 2 * kind;
-    case kTypeDerived: return elementLength;  // the size of the type
-    default: return kind;
-    }
-}

@@ -25,7 +25,3 @@ constexpr uint32_t kUfmtVector = 1u << 26;     // a 16-byte vector of kind-sized
 constexpr uint32_t kUfmtAsynchronous = 1u << 29;
 constexpr uint32_t kUfmtComponent = 1u << 30;  // a derived-type component in its array form
 constexpr uint32_t kUfmtRun = 1u << 31;        // a contiguous run of elements
-
-// The bytes of one element of an array: the kind, twice it for complex, the element
-// length for character, the type's size for a derived type.
-int32_t ArrayStepSize(int32_t type, int32_t kind, int32_t elementLength);
