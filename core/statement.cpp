@@ -468,7 +468,9 @@ bool EnterChildStatement(LocalContext* context, StatementShape& shape, void* uni
     context->options |= VRN_OPTION_NONADVANCING;
     context->dtioChild = 1;
     if (parent.internal) {
+        // Kept in the flags too, for the children this child may have.
         shape.internal = true;
+        context->statementFlags |= VRN_FLAG_INTERNAL;
         std::memset(unitAddress, 0, sizeof(int32_t));
         *unitNumber = 0;
     } else if (context->parentUnit != nullptr && *unitNumber != context->parentUnit->unitNumber) {

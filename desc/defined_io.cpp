@@ -80,6 +80,11 @@ void CopyBack(LocalContext* parent, const LocalContext* child) {
     parent->ld_first_item = child->ld_first_item;
     parent->ld_skip_separator = child->ld_skip_separator;
     parent->ld_at_record_start = child->ld_at_record_start;
+    // A list-directed child has scanned the separator behind its last value: the parent
+    // goes on from there, not from where it stood before the child, or a comma after the
+    // child's last value would read as a null value.
+    uint32_t childFlags = child->dtioFlags;
+    if (childFlags != kNoStatement && (childFlags & 0xFFu) == VRN_KIND_LIST_DIRECTED) parent->ld_state = child->ld_state;
 }
 
 int64_t ReadInteger(const void* at, int32_t width) {
