@@ -1,8 +1,14 @@
 // Whole arrays as items. The dense case is the one that matters: a contiguous array is one
 // call of the item routine, an array dense in its first dimension one call per column,
 // and only the rest goes element by element.
+#include <cstdlib>
+#include <cstring>
+
 #include "core/context.h"
+#include "core/errors.h"
 #include "core/export.h"
+#include "core/unit.h"
+#include "desc/rtd.h"
 #include "desc/transfer_forms.h"
 #include "format/format_control.h"
 
@@ -10,14 +16,84 @@ namespace {
 
 const RTDArray* DescriptorAt(const uintptr_t* lengthWord) { return reinterpret_cast<const RTDArray*>(*lengthWord); }
 
-// The described array in runs of its innermost rows when they are dense, else in runs of
-// whatever neighbours the walk finds (with `merge`) or element by element.
+constexpr int32_t kGatherBytes = 64 * 1024;
+constexpr int32_t kGatherPieces = 4096;
+
+struct Piece {
+    char* at;
+    int32_t length;
+};
+
+// An unformatted array whose elements lie apart: they reach the record in pieces of up to
+// 64 KB, gathered before a write and scattered after a read, where one call for each
+// element would cost several times the bytes' own time. The bytes in the record are the
+// same; a swapped unit reverses each element of a piece as it would a run.
 template <class Transfer>
-int32_t Described(LocalContext* context, void* first, const uintptr_t* lengthWord, const ItemShape& shape,
-                  bool merge) {
+int32_t Gathered(LocalContext* context, void* first, const uintptr_t* lengthWord, const ItemShape& shape,
+                 int32_t size) {
+    struct Memory {
+        void* area = std::malloc(kGatherBytes + sizeof(Piece) * kGatherPieces);
+        void* iterator = nullptr;
+        ~Memory() {
+            std::free(area);
+            std::free(iterator);
+        }
+    } memory;
+    memory.iterator = GetNCIterator(DescriptorAt(lengthWord), static_cast<char*>(first));
+    if (memory.area == nullptr || memory.iterator == nullptr) {
+        ErrorHandler(kClassSevere, kKindResources, 37, 37, 0u);
+        if (context->unit != nullptr) context->unit->permanentError = 1;
+        return context->status;
+    }
+    auto* area = static_cast<char*>(memory.area);
+    auto* pieces = reinterpret_cast<Piece*>(area + kGatherBytes);
+    ItemShape run = shape;
+    run.typeWord = (shape.typeWord & ~kArrayBits) | kArrayRun;
+    int32_t fill = 0, count = 0;
+    auto flush = [&]() {
+        if (fill == 0) return true;
+        run.length = fill;
+        if (Transfer::Element(context, area, run) != 0 || context->itemsStopped) return false;
+        if (Transfer::kReading) {
+            for (int32_t i = 0, offset = 0; i < count; offset += pieces[i++].length) {
+                std::memcpy(pieces[i].at, area + offset, static_cast<size_t>(pieces[i].length));
+            }
+        }
+        fill = count = 0;
+        return true;
+    };
+    int32_t length;
+    while (char* start = NCNextSegment(memory.iterator, size, &length)) {
+        if (length > kGatherBytes / 2) {
+            // A long run moves as it lies.
+            if (!flush()) return context->status;
+            run.length = length;
+            if (Transfer::Element(context, start, run) != 0 || context->itemsStopped) return context->status;
+            continue;
+        }
+        if ((fill + length > kGatherBytes || count == kGatherPieces) && !flush()) return context->status;
+        if (!Transfer::kReading) std::memcpy(area + fill, start, static_cast<size_t>(length));
+        pieces[count++] = Piece{start, length};
+        fill += length;
+    }
+    flush();
+    return context->status;
+}
+
+// The described array in runs of its innermost rows when they are dense, else in runs of
+// whatever neighbours the walk finds (unformatted) or element by element.
+template <class Transfer>
+int32_t Described(LocalContext* context, void* first, const uintptr_t* lengthWord, const ItemShape& shape) {
     int32_t size = CheckSegment(lengthWord, shape.kindWord, shape.typeWord, shape.elementLength, 0);
     if (size > 0) return IterateSegment(context, first, DescriptorAt(lengthWord), shape, size, Transfer::Element);
-    return IterateArray(context, first, lengthWord, shape, Transfer::Element, merge);
+    if constexpr (Transfer::kForm == Form::Unformatted) {
+        int32_t type = static_cast<int32_t>(shape.typeWord & kArrayTypeMask);
+        int32_t step = ArrayStepSize(type, shape.kindWord, shape.elementLength);
+        if (step > 0 && ReadField<int32_t>(&DescriptorAt(lengthWord)->element_len) == step) {
+            return Gathered<Transfer>(context, first, lengthWord, shape, step);
+        }
+    }
+    return IterateArray(context, first, lengthWord, shape, Transfer::Element, Transfer::kForm == Form::Unformatted);
 }
 
 }  // namespace
@@ -45,7 +121,7 @@ int32_t TransferArray(LocalContext* context, void* first, const uintptr_t* lengt
         return IterateArray(context, first, lengthWord, shape, Transfer::Element, false);
     }
     if (run) return Transfer::Element(context, first, shape);
-    return Described<Transfer>(context, first, lengthWord, shape, Transfer::kForm == Form::Unformatted);
+    return Described<Transfer>(context, first, lengthWord, shape);
 }
 
 template int32_t TransferArray<LdWrite>(LocalContext*, void*, const uintptr_t*, const void*, uint32_t, int32_t,

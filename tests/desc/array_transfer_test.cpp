@@ -211,9 +211,20 @@ TEST_F(ArrayTransfer, DenseStorageMovesInOneCallPerRun) {
     EXPECT_EQ(WritesFor(22, values.data(), reinterpret_cast<uintptr_t>(whole.rtd), VRN_ARRAY_DESCRIBED), 10);
     Array columns({3, 4}, 4, RTD_TYPE_INTEGER, {1, 5});
     EXPECT_EQ(WritesFor(22, values.data(), reinterpret_cast<uintptr_t>(columns.rtd), VRN_ARRAY_DESCRIBED), 4);
-    // Every second element: one call each.
+    // Every second element: gathered into pieces of at most 4096 elements or 64 KB.
     Array strided({6}, 4, RTD_TYPE_INTEGER, {2});
-    EXPECT_EQ(WritesFor(22, values.data(), reinterpret_cast<uintptr_t>(strided.rtd), VRN_ARRAY_DESCRIBED), 6);
+    EXPECT_EQ(WritesFor(22, values.data(), reinterpret_cast<uintptr_t>(strided.rtd), VRN_ARRAY_DESCRIBED), 1);
+    std::vector<int32_t> big(40000);
+    for (size_t i = 0; i < big.size(); ++i) big[i] = static_cast<int32_t>(i);
+    Array everySecond({20000}, 4, RTD_TYPE_INTEGER, {2});
+    uintptr_t descriptor = reinterpret_cast<uintptr_t>(everySecond.rtd);
+    EXPECT_EQ(WritesFor(22, big.data(), descriptor, VRN_ARRAY_DESCRIBED), 5);
+    FileCommand(22, VRN_COMMAND_BACKSPACE);
+    std::vector<int32_t> back(40000, kSentinel);
+    Unformatted r(22, UfmtRead);
+    _vrnReadUfmtArray(r.context(), back.data(), &descriptor, &kKind, VRN_ARRAY_DESCRIBED, 0);
+    EXPECT_EQ(r.End(), 0);
+    for (size_t i = 0; i < big.size(); ++i) ASSERT_EQ(back[i], i % 2 ? kSentinel : big[i]) << i;
     // Nothing at all for an empty section, and the statement still ends well.
     Array empty({4, 0}, 4, RTD_TYPE_INTEGER);
     EXPECT_EQ(WritesFor(22, values.data(), reinterpret_cast<uintptr_t>(empty.rtd), VRN_ARRAY_DESCRIBED), 0);
