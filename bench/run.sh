@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
@@ -293,4 +293,56 @@ print(f"{'swapped / unswapped, write and read':40} {ours('WriteArrays/31') / our
 PY
   rm -f "$ufmt_results"
 done
+
+# Whole arrays of 10,000,000 REAL(8) as one item: text forms in ns per value, unformatted
+# in GB/s beside dd of the same bytes, and the section x(1:2n:2) beside the whole array.
+array_results=$(mktemp)
+build/host/bench/array_bench --benchmark_repetitions=3 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$array_results" --benchmark_out_format=json >/dev/null 2>&1
+array_peer=""
+if command -v gfortran >/dev/null; then
+  gfortran -O2 bench/peers/arrays.f90 -o "$peer_dir/arrays" && array_peer="$peer_dir/arrays"
+fi
+python3 - "$array_results" "$array_peer" "$TMPDIR" <<'PY'
+import json, os, statistics, subprocess, sys, time
+results, peer, directory = sys.argv[1:4]
+runs = {b["run_name"]: b for b in json.load(open(results))["benchmarks"] if b.get("aggregate_name") == "median"}
+def ours(name, field):
+    key = next(k for k in runs if k.startswith(name + "/"))
+    return runs[key][field]
+theirs = {}
+if peer:
+    samples = []
+    for _ in range(3):
+        out = subprocess.run([peer, os.path.join(directory, "vrn_bench_array_peer")], check=True,
+                             capture_output=True, text=True).stdout
+        samples.append({line.split()[0]: float(line.split()[1]) for line in out.splitlines() if line.strip()})
+    theirs = {key: statistics.median(s[key] for s in samples) for key in samples[0]}
+nan = float("nan")
+print()
+print(f"{'10,000,000 REAL(8) as one item, ns':40} {'ours':>8} {'gfortran':>9} {'speed-up':>9}")
+for label, name, key in [("WRITE '(5ES24.16)' x", "WriteES24", "es24w"), ("READ '(5ES24.16)' x", "ReadES24", "es24r"),
+                         ("WRITE *, x", "WriteList", "ldw"), ("READ *, x", "ReadList", "ldr")]:
+    ns = 1e9 / ours(name, "items_per_second")
+    g = theirs.get(key, nan)
+    print(f"{label:40} {ns:8.1f} {g:9.1f} {g / ns:9.2f}")
+dd_file = os.path.join(directory, "vrn_bench_array_dd")
+def dd(args):
+    best = []
+    for _ in range(3):
+        start = time.perf_counter()
+        subprocess.run(["dd"] + args + ["bs=1M", "count=76", "status=none"], check=True)
+        best.append(time.perf_counter() - start)
+    return 80e6 / statistics.median(best) / 2**30
+dd_write = dd(["if=/dev/zero", f"of={dd_file}"])
+dd_read = dd([f"if={dd_file}", "of=/dev/null"])
+os.unlink(dd_file)
+gb = lambda name, arg: ours(f"{name}/{arg}", "bytes_per_second") / 2**30
+print(f"{'unformatted, GB/s':40} {'ours':>8} {'gfortran':>9} {'dd bs=1M':>9} {'ours/dd':>8} {'strided/whole':>14}")
+for label, name, key, ddr in [("WRITE (u) x", "WriteUfmt", "write", dd_write), ("READ (u) x", "ReadUfmt", "read", dd_read)]:
+    whole, strided = gb(name, 0), gb(name, 1)
+    print(f"{label:40} {whole:8.2f} {theirs.get('whole_' + key, nan):9.2f} {ddr:9.2f} {whole / ddr:8.2f}")
+    print(f"{label + ', x(1:2n:2)':40} {strided:8.2f} {theirs.get('strided_' + key, nan):9.2f} {'':9} {'':8} {whole / strided:14.2f}")
+PY
+rm -f "$array_results"
 rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"

@@ -1,6 +1,7 @@
 // Whole arrays as items. The dense case is the one that matters: a contiguous array is one
 // call of the item routine, an array dense in its first dimension one call per column,
 // and only the rest goes element by element.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -17,12 +18,17 @@ namespace {
 const RTDArray* DescriptorAt(const uintptr_t* lengthWord) { return reinterpret_cast<const RTDArray*>(*lengthWord); }
 
 constexpr int32_t kGatherBytes = 64 * 1024;
-constexpr int32_t kGatherPieces = 4096;
+constexpr int32_t kGatherElements = 8192;
 
-struct Piece {
-    char* at;
-    int32_t length;
-};
+// Copies one element of `size` bytes; the common sizes as single moves.
+inline void CopyElement(char* to, const char* from, int32_t size) {
+    switch (size) {
+    case 4: std::memcpy(to, from, 4); break;
+    case 8: std::memcpy(to, from, 8); break;
+    case 16: std::memcpy(to, from, 16); break;
+    default: std::memcpy(to, from, static_cast<size_t>(size)); break;
+    }
+}
 
 // An unformatted array whose elements lie apart: they reach the record in pieces of up to
 // 64 KB, gathered before a write and scattered after a read, where one call for each
@@ -31,52 +37,63 @@ struct Piece {
 template <class Transfer>
 int32_t Gathered(LocalContext* context, void* first, const uintptr_t* lengthWord, const ItemShape& shape,
                  int32_t size) {
+    const RTDArray* rtd = DescriptorAt(lengthWord);
+    const RTD* head = reinterpret_cast<const RTD*>(rtd);
+    int32_t rank = ReadField<int32_t>(&rtd->rank);
+    int32_t extent[RTD_MAX_RANK], multiplier[RTD_MAX_RANK], position[RTD_MAX_RANK] = {};
+    for (int32_t i = 0; i < rank; ++i) {
+        RTDDimension entry = DimensionEntry(head, i);
+        if (entry.extent < 1) return context->status;
+        extent[i] = entry.extent;
+        multiplier[i] = entry.multiplier;
+    }
+    int32_t perPiece = std::max(1, std::min(kGatherElements, kGatherBytes / size));
     struct Memory {
-        void* area = std::malloc(kGatherBytes + sizeof(Piece) * kGatherPieces);
-        void* iterator = nullptr;
-        ~Memory() {
-            std::free(area);
-            std::free(iterator);
-        }
-    } memory;
-    memory.iterator = GetNCIterator(DescriptorAt(lengthWord), static_cast<char*>(first));
-    if (memory.area == nullptr || memory.iterator == nullptr) {
+        void* area;
+        ~Memory() { std::free(area); }
+    } memory{std::malloc(static_cast<size_t>(perPiece) * (static_cast<size_t>(size) + sizeof(char*)))};
+    if (memory.area == nullptr) {
         ErrorHandler(kClassSevere, kKindResources, 37, 37, 0u);
         if (context->unit != nullptr) context->unit->permanentError = 1;
         return context->status;
     }
     auto* area = static_cast<char*>(memory.area);
-    auto* pieces = reinterpret_cast<Piece*>(area + kGatherBytes);
+    auto** places = reinterpret_cast<char**>(area + static_cast<size_t>(perPiece) * size);
     ItemShape run = shape;
     run.typeWord = (shape.typeWord & ~kArrayBits) | kArrayRun;
-    int32_t fill = 0, count = 0;
+    int32_t count = 0;
     auto flush = [&]() {
-        if (fill == 0) return true;
-        run.length = fill;
+        run.length = count * size;
         if (Transfer::Element(context, area, run) != 0 || context->itemsStopped) return false;
         if (Transfer::kReading) {
-            for (int32_t i = 0, offset = 0; i < count; offset += pieces[i++].length) {
-                std::memcpy(pieces[i].at, area + offset, static_cast<size_t>(pieces[i].length));
-            }
+            for (int32_t i = 0; i < count; ++i) CopyElement(places[i], area + static_cast<ptrdiff_t>(i) * size, size);
         }
-        fill = count = 0;
+        count = 0;
         return true;
     };
-    int32_t length;
-    while (char* start = NCNextSegment(memory.iterator, size, &length)) {
-        if (length > kGatherBytes / 2) {
-            // A long run moves as it lies.
-            if (!flush()) return context->status;
-            run.length = length;
-            if (Transfer::Element(context, start, run) != 0 || context->itemsStopped) return context->status;
-            continue;
+    int32_t inner = rank - 1;
+    char* row = static_cast<char*>(first);
+    for (;;) {
+        char* at = row;
+        for (int32_t k = 0; k < extent[inner]; ++k, at += multiplier[inner]) {
+            if (Transfer::kReading) {
+                places[count] = at;
+            } else {
+                CopyElement(area + static_cast<ptrdiff_t>(count) * size, at, size);
+            }
+            if (++count == perPiece && !flush()) return context->status;
         }
-        if ((fill + length > kGatherBytes || count == kGatherPieces) && !flush()) return context->status;
-        if (!Transfer::kReading) std::memcpy(area + fill, start, static_cast<size_t>(length));
-        pieces[count++] = Piece{start, length};
-        fill += length;
+        int32_t d = inner - 1;
+        while (d >= 0 && position[d] == extent[d] - 1) {
+            row -= static_cast<intptr_t>(position[d]) * multiplier[d];
+            position[d] = 0;
+            --d;
+        }
+        if (d < 0) break;
+        ++position[d];
+        row += multiplier[d];
     }
-    flush();
+    if (count > 0) flush();
     return context->status;
 }
 
@@ -89,7 +106,8 @@ int32_t Described(LocalContext* context, void* first, const uintptr_t* lengthWor
     if constexpr (Transfer::kForm == Form::Unformatted) {
         int32_t type = static_cast<int32_t>(shape.typeWord & kArrayTypeMask);
         int32_t step = ArrayStepSize(type, shape.kindWord, shape.elementLength);
-        if (step > 0 && ReadField<int32_t>(&DescriptorAt(lengthWord)->element_len) == step) {
+        int32_t rank = ReadField<int32_t>(&DescriptorAt(lengthWord)->rank);
+        if (step > 0 && rank >= 1 && rank <= RTD_MAX_RANK) {
             return Gathered<Transfer>(context, first, lengthWord, shape, step);
         }
     }
