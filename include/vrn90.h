@@ -938,6 +938,8 @@ VRN_STATIC_ASSERT(offsetof(ResultRecord, rtd_base_ptr) == 4, "a result record is
 VRN_STATIC_ASSERT(sizeof(VrnFormatExpression) == 24, "an expression record is six words");
 VRN_STATIC_ASSERT(sizeof(VrnFormatText) == 8, "a format text is an address and a length");
 VRN_STATIC_ASSERT(sizeof(VrnFormatBlock) == 20, "a format block is five words");
+VRN_STATIC_ASSERT(sizeof(VrnDTRow) == 24 && offsetof(VrnDTTable, rows) == 8, "a derived-type table row is six words");
+VRN_STATIC_ASSERT(sizeof(VrnDTIORow) == 24, "a DTIO table row is six words");
 #endif
 
 #endif

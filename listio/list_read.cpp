@@ -11,7 +11,6 @@
 #include "core/errors.h"
 #include "core/export.h"
 #include "core/statement.h"
-#include "core/unit.h"
 #include "listio/list_scanner.h"
 #include "listio/listio.h"
 #include "transport/transport.h"
@@ -309,16 +308,7 @@ bool LdPositionForChild(LocalContext* context) {
     context->ld_state = savedState;
     context->ld_repeat = savedRepeat;
     // The byte the scan stopped at belongs to the child: it goes back into the input.
-    if (context->ld_pending_char > ' ') {
-        context->column--;
-        context->charsTransferred--;
-        if (context->highWater > context->column) context->highWater--;
-        if (UnitRecord* unit = context->unit) {
-            unit->cursor--;
-            unit->bufferOffset--;
-            unit->filePosition--;
-        }
-    }
+    if (context->ld_pending_char > ' ') IOUngetByte(context);
     context->ld_pending_char = -1;
     context->ld_rescan_fill = 0;
     context->ld_rescan_cursor = context->ld_rescan_buffer;

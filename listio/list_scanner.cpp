@@ -509,16 +509,7 @@ Outcome Scanner::NamelistWord() {
 
 Outcome Scanner::StepBackOverEquals() {
     Commit();
-    if (byte_ > ' ') {
-        c_->column--;
-        c_->charsTransferred--;
-        if (c_->highWater > c_->column) c_->highWater--;
-        if (UnitRecord* unit = c_->unit) {
-            unit->cursor--;
-            unit->bufferOffset--;
-            unit->filePosition--;
-        }
-    }
+    if (byte_ > ' ') IOUngetByte(c_);
     if (cursor_ > buffer_) cursor_[-1] = ' ';
     c_->array_abandon = 1;
     c_->ld_null_value = 1;

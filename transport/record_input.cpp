@@ -621,3 +621,14 @@ int32_t TerminateReadRecord(LocalContext* context) {
     unit->bufferKept = unit->bufferOffset;  // the next record starts here
     return result;
 }
+
+void IOUngetByte(LocalContext* context) {
+    context->column--;
+    context->charsTransferred--;
+    if (context->highWater > context->column) context->highWater--;
+    if (UnitRecord* unit = context->unit) {
+        unit->cursor--;
+        unit->bufferOffset--;
+        unit->filePosition--;
+    }
+}

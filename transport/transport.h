@@ -32,6 +32,8 @@ int32_t TruncateUnit(GlobalContext* global, UnitRecord* unit);
 int32_t FillUnit(GlobalContext* global, UnitRecord* unit);
 int32_t ReadUnit(GlobalContext* global, UnitRecord* unit, void* into, int32_t count);
 int32_t IOGetByte(LocalContext* context);
+// Gives the byte IOGetByte returned last back to the record, for the next reader.
+void IOUngetByte(LocalContext* context);
 int32_t IORead(LocalContext* context, void* into, int32_t count);
 // Reads up to `width` bytes of the current record, stopping behind `separator`, which is
 // consumed and not stored.

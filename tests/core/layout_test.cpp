@@ -27,6 +27,18 @@ TEST(Layout, InternalFileIsThreeWords) {
     EXPECT_EQ(offsetof(InternalFile, recordLength), 2 * kAddress);
 }
 
+TEST(Layout, DerivedTypeTablesAreRowsOfSixWords) {
+    EXPECT_EQ(offsetof(VrnDTTable, size), kAddress);
+    EXPECT_EQ(offsetof(VrnDTTable, rows), 2 * kAddress);
+    EXPECT_EQ(sizeof(VrnDTRow), 6 * kAddress);
+    EXPECT_EQ(offsetof(VrnDTRow, kind), kAddress);
+    EXPECT_EQ(offsetof(VrnDTRow, length), 2 * kAddress);
+    EXPECT_EQ(offsetof(VrnDTRow, offset), 5 * kAddress);
+    EXPECT_EQ(sizeof(VrnDTIORow), 6 * kAddress);
+    EXPECT_EQ(offsetof(VrnDTIORow, rtd), kAddress);
+    EXPECT_EQ(offsetof(VrnDTIORow, value), 4 * kAddress);
+}
+
 #if UINTPTR_MAX == 0xFFFFFFFFu
 TEST(Layout, TargetRecordsAreExactlyTheirWords) {
     EXPECT_EQ(sizeof(KeywordEntry), 12u);
