@@ -16,7 +16,8 @@ using CommandRoutine = int32_t (*)(GlobalContext*, LocalContext*, int32_t, const
 constexpr char kCommandRecursion[] = "VR Fortran (I/O command initialization): I/O recursion detected.\n";
 constexpr char kInvalidCommand[] = "VR Fortran (I/O command): Invalid I/O command.\n";
 
-// INQUIRE and WAIT have no effect beyond the frame: IOSTAT= and IOMSG= are delivered.
+// WAIT has no effect beyond the frame, every transfer being complete when its statement
+// ends: IOSTAT= and IOMSG= are delivered.
 int32_t NoEffectCmd(GlobalContext*, LocalContext* context, int32_t, const KeywordList*) { return context->status; }
 
 int32_t InvalidCmd(GlobalContext*, LocalContext*, int32_t, const KeywordList*) { CatastrophicExit(kInvalidCommand); }
@@ -24,7 +25,7 @@ int32_t InvalidCmd(GlobalContext*, LocalContext*, int32_t, const KeywordList*) {
 constexpr CommandRoutine kCommands[] = {
     OpenCmd,      // 0 OPEN
     CloseCmd,     // 1 CLOSE
-    NoEffectCmd,  // 2 INQUIRE
+    InquireCmd,   // 2 INQUIRE
     BackspaceCmd, // 3 BACKSPACE
     RewindCmd,    // 4 REWIND
     EndfileCmd,   // 5 ENDFILE
@@ -44,6 +45,7 @@ bool AllowedWhileBusy(const LocalContext* context, int32_t command, int32_t unit
 LocalContext* PushCommandContext(LocalContext* beneath) {
     LocalContext* pushed = PushLocalContext(beneath);
     pushed->parentUnit = beneath->parentUnit;
+    pushed->parentFlags = beneath->parentFlags;
     pushed->modeBlank = pushed->parentBlank = beneath->parentBlank;
     pushed->modeDelim = pushed->parentDelim = beneath->parentDelim;
     pushed->modeSign = pushed->parentSign = beneath->parentSign;

@@ -153,6 +153,9 @@ struct LocalContext {
     ReadItemRoutine readItem;
     WriteItemRoutine writeItem;
     int64_t recordTag;       // the leading length tag of the unformatted record being read
+    void* ioLengthAddress;   // INQUIRE(IOLENGTH=): the variable, 4 or 8 bytes wide,
+    int32_t ioLengthWidth;
+    int64_t ioLength;        // and the bytes the items would take
     uint32_t itemAsync;      // the item in hand may move asynchronously
     uint8_t* ufmt_swap_area; // where swapped runs are reversed; owned, kept between statements
     int64_t streamPosition;  // POS= minus 1, -1 when not given

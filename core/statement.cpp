@@ -447,6 +447,22 @@ void SetModes(GlobalContext* global, LocalContext* context, const StatementShape
     }
 }
 
+// INQUIRE(IOLENGTH=) comes as a WRITE whose list names the variable: IOLENGTH with a 4-byte
+// variable at a, or the INTEGER(8) form with the keyword in b.
+bool FindIOLength(const KeywordList* keywords, void** variable, int32_t* width) {
+    if (keywords == nullptr || keywords->version != 1) return false;
+    for (uint32_t i = 0; i < keywords->count; ++i) {
+        const KeywordEntry& entry = keywords->entries[i];
+        uint32_t tag = entry.tag & 0xFFFFu;
+        if (tag == VRN_KEY_IOLENGTH || (tag == VRN_TAG_INQUIRE_INT8 && entry.b == VRN_KEY_IOLENGTH)) {
+            *variable = reinterpret_cast<void*>(entry.a);
+            *width = tag == VRN_KEY_IOLENGTH ? 4 : 8;
+            return true;
+        }
+    }
+    return false;
+}
+
 void ResetListDirectedState(LocalContext* context) {
     context->ld_skip_separator = 0;
     context->ld_last_was_char = 0;
@@ -517,6 +533,15 @@ VRN_EXPORT LocalContext* _vrnBeginIO(void* unitAddress, uint32_t statementFlags,
     LocalContext* context = _LocalContext[0];
     StartMessageState(context, iostatAddress, keywords);
     StatementShape shape = DecodeStatementFlags(statementFlags);
+    // An IOLENGTH= statement touches no unit, so it nests as an internal one does.
+    int32_t lengthWidth = 4;
+    void* lengthVariable = nullptr;
+    bool countsLength = FindIOLength(keywords, &lengthVariable, &lengthWidth);
+    if (countsLength) {
+        statementFlags = VRN_STATEMENT_FLAGS(VRN_KIND_UNFORMATTED, VRN_DIRECTION_WRITE, VRN_ACCESS_SEQUENTIAL) |
+                         VRN_FLAG_INTERNAL;
+        shape = DecodeStatementFlags(statementFlags);
+    }
 
     bool child = false;
     if (!context->busy) {
@@ -534,6 +559,10 @@ VRN_EXPORT LocalContext* _vrnBeginIO(void* unitAddress, uint32_t statementFlags,
     }
 
     ResetStatement(context, statementFlags, options);
+    if (countsLength) {
+        BeginIOLength(context, lengthVariable, lengthWidth);
+        return context;
+    }
     int32_t unitNumber = 0;
     if (!shape.internal) std::memcpy(&unitNumber, unitAddress, sizeof unitNumber);
     if (child && !EnterChildStatement(context, shape, unitAddress, &unitNumber)) return Stop(context);

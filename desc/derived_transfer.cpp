@@ -5,6 +5,7 @@
 #include "desc/rtd.h"
 #include "desc/transfer_forms.h"
 #include "format/format_control.h"
+#include "ufmt/unformatted.h"
 
 namespace {
 
@@ -36,7 +37,8 @@ int32_t Component(LocalContext* context, char* object, const VrnDTRow& row, cons
 template <class Transfer>
 int32_t TransferDerived(LocalContext* context, char* object, const VrnDTTable* table, const VrnDTIORow* dtio) {
     if (context->itemsStopped) return context->status;
-    if (dtio != nullptr && dtio->procedure != 0) return RunDefinedIO(context, object, dtio);
+    // INQUIRE(IOLENGTH=) runs no procedure: the object counts as its components.
+    if (dtio != nullptr && dtio->procedure != 0 && !CountsIOLength(context)) return RunDefinedIO(context, object, dtio);
     if (table == nullptr) return context->status;
     const VrnDTIORow* componentRows = dtio != nullptr ? dtio + 1 : nullptr;
     if (Transfer::kReading) context->ld_next_name = 0;

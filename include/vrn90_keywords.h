@@ -182,10 +182,13 @@ enum VrnKeyword {
     VRN_KEYWORD_COUNT = 150
 };
 
-/* Tags of the 64-bit forms of specifiers in a KeywordList. */
-#define VRN_TAG_INQUIRE8_A 0x8001u
+/* Tags of the 64-bit forms of specifiers in a KeywordList.
+ * INQUIRE: an INTEGER(8) variable (NUMBER, RECL, NEXTREC, SIZE, POS, IOLENGTH) and a
+ * LOGICAL(8) variable (EXIST, OPENED, NAMED, PENDING); a = its address, b = the keyword
+ * number of the specifier. */
+#define VRN_TAG_INQUIRE_INT8 0x8001u
 #define VRN_TAG_ID8        0x8002u
-#define VRN_TAG_INQUIRE8_B 0x8003u
+#define VRN_TAG_INQUIRE_LOG8 0x8003u
 #define VRN_TAG_POS8       0x8006u
 #define VRN_TAG_IOSTAT8    0x8007u
 #define VRN_TAG_NEWUNIT8   0x8008u

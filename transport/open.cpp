@@ -20,7 +20,6 @@
 
 namespace {
 
-constexpr int kMaxFileName = 4096;
 constexpr char kPreconnectOutOfMemory[] = "VR Fortran (preconnection): Out of memory.\n";
 
 struct OpenProperties {
@@ -80,17 +79,6 @@ bool Allowed(const SpecifierRule& rule, uint32_t value) {
     return false;
 }
 
-// Trims trailing blanks and NULs in place; 1 when a NUL is inside the name (cut there).
-int32_t CheckFileName(const char* name, int32_t* length) {
-    if (*length < 0) *length = 0;
-    while (*length > 0 && (name[*length - 1] == ' ' || name[*length - 1] == 0)) --*length;
-    if (*length == 0) return 0;
-    const void* nul = std::memchr(name, 0, static_cast<size_t>(*length));
-    if (nul == nullptr) return 0;
-    *length = static_cast<int32_t>(static_cast<const char*>(nul) - name);
-    return 1;
-}
-
 // Class 1 kind 3 with the text of the value and the unit, the arguments that the checks
 // of READ and WRITE give the same numbers; true when the caller is to go on.
 bool Recovered(int32_t message, int32_t iostat, int32_t unitNumber, const char* text) {
@@ -113,7 +101,7 @@ bool TakeFileName(const KeywordEntry& entry, int32_t unitNumber, OpenProperties&
                   GivenSpecifiers& given) {
     const char* text = reinterpret_cast<const char*>(entry.a);
     int32_t length = text != nullptr ? static_cast<int32_t>(entry.b) : 0;
-    bool hasNul = CheckFileName(text, &length) != 0;
+    bool hasNul = TrimFileName(text, &length) != 0;
     char shown[kMaxValueText + 1];
     KeywordValueText(entry, shown);
     if (length > kMaxFileName) return Recovered(154, 31, unitNumber, shown);
@@ -678,6 +666,16 @@ void StoreNewUnit(const OpenProperties& properties, int32_t number) {
 }
 
 }  // namespace
+
+int32_t TrimFileName(const char* name, int32_t* length) {
+    if (*length < 0) *length = 0;
+    while (*length > 0 && (name[*length - 1] == ' ' || name[*length - 1] == 0)) --*length;
+    if (*length == 0) return 0;
+    const void* nul = std::memchr(name, 0, static_cast<size_t>(*length));
+    if (nul == nullptr) return 0;
+    *length = static_cast<int32_t>(static_cast<const char*>(nul) - name);
+    return 1;
+}
 
 int32_t OpenCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords) {
     auto properties = static_cast<OpenProperties*>(std::calloc(1, sizeof(OpenProperties)));

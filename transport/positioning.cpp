@@ -187,15 +187,22 @@ int32_t IOSeekToColumn(LocalContext* context, int32_t offset, int32_t mode, int3
     return 1;
 }
 
-int32_t IOSeekToEndOfFile(LocalContext* context) {
-    UnitRecord* unit = context->unit;
+int64_t UnitFileSize(const UnitRecord* unit) {
     struct stat64 fileStat;
-    if (fstat64(unit->fd, &fileStat) != 0) return 0;
+    if (unit->fd < 0 || fstat64(unit->fd, &fileStat) != 0) return -1;
+    if (!S_ISREG(fileStat.st_mode) && !S_ISBLK(fileStat.st_mode)) return -1;
     // Written bytes still in the buffer may lie beyond the size the file has now.
     int64_t size = fileStat.st_size;
-    if (unit->direction == kDirectionWrite) {
+    if (unit->direction == kDirectionWrite && unit->buffer != nullptr) {
         size = std::max<int64_t>(size, unit->filePosition - (unit->cursor - unit->buffer) + unit->bufferFill);
     }
+    return size;
+}
+
+int32_t IOSeekToEndOfFile(LocalContext* context) {
+    UnitRecord* unit = context->unit;
+    int64_t size = UnitFileSize(unit);
+    if (size < 0) return 0;
     return SeekUnitToFilePosition(context->global, context, unit, size);
 }
 

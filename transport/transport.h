@@ -83,6 +83,9 @@ constexpr int32_t kSeekAbsolute = 3;  // T
 // is only noted and the next transfer reaches it.
 int32_t IOSeekToColumn(LocalContext* context, int32_t offset, int32_t mode, int32_t deferred);
 int32_t IOSeekToEndOfFile(LocalContext* context);
+// The size of the unit's file with the written bytes its buffer still holds; -1 when
+// the file has no size (a pipe, a terminal).
+int64_t UnitFileSize(const UnitRecord* unit);
 int32_t RepositionUnit(GlobalContext* global, UnitRecord* unit, int64_t offset);
 int32_t SeekUnitToFilePosition(GlobalContext* global, LocalContext* context, UnitRecord* unit, int64_t offset);
 constexpr int32_t kSeekStart = 0;
@@ -91,6 +94,10 @@ constexpr int32_t kSeekEnd = 2;
 int32_t SeekUnitToRecord(GlobalContext* global, UnitRecord* unit, int64_t record, int32_t mode);
 
 // ---- Connection ----
+constexpr int32_t kMaxFileName = 4096;
+// Trims the trailing blanks and NULs of a FILE= value; 1 when a NUL stands inside the
+// name, which is then cut there.
+int32_t TrimFileName(const char* name, int32_t* length);
 void PreconnectUnits(GlobalContext* global, LocalContext* context);
 int32_t PreconnectOneUnit(GlobalContext* global, LocalContext* context, int32_t unitNumber, int descriptor);
 int32_t QueryDeviceInfo(UnitRecord* unit, const char* nameForMessages);
@@ -100,4 +107,5 @@ int32_t CloseCmd(GlobalContext* global, LocalContext* context, int32_t unitNumbe
 int32_t RewindCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
 int32_t BackspaceCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
 int32_t EndfileCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
+int32_t InquireCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
 int32_t FlushCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);

@@ -92,11 +92,11 @@ void WriteComplex(LocalContext* context, const uint8_t* item, int32_t length, in
         }
         return;
     }
-    // The parts lie apart: the second at half the length. They reach the record side by
-    // side, by the record layer's own writer.
+    // The parts lie apart: the second at half the length. They reach the record side by side.
     const uint8_t* parts[2] = {item, item + length / 2};
     for (const uint8_t* part : parts) {
-        bool sent = swap ? WriteSwapped(context, part, kind, IOWrite) : Written(context, IOWrite(context, part, kind), kind);
+        bool sent = swap ? WriteSwapped(context, part, kind, context->writeItem)
+                         : Written(context, context->writeItem(context, part, kind), kind);
         if (!sent) return;
     }
 }

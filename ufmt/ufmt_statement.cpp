@@ -103,6 +103,40 @@ int32_t BeginIOUfmt(LocalContext* context, void* kindArgument) {
     return context->status;
 }
 
+namespace {
+
+int32_t CountLength(LocalContext* context, const void*, int32_t count) {
+    context->ioLength += count;
+    return count;
+}
+
+int32_t ReadNothing(LocalContext*, void*, int32_t) { return 0; }
+
+int32_t EndIOLength(LocalContext* context) {
+    if (context->ioLengthWidth == 8) {
+        std::memcpy(context->ioLengthAddress, &context->ioLength, sizeof(int64_t));
+    } else {
+        auto length = static_cast<int32_t>(context->ioLength);
+        std::memcpy(context->ioLengthAddress, &length, sizeof length);
+    }
+    return context->status;
+}
+
+}  // namespace
+
+void BeginIOLength(LocalContext* context, void* variable, int32_t width) {
+    context->ioLengthAddress = variable;
+    context->ioLengthWidth = width;
+    context->ioLength = 0;
+    context->writeItem = CountLength;
+    context->readItem = ReadNothing;
+    context->endRoutine = variable != nullptr ? EndIOLength : nullptr;
+    context->unit = nullptr;
+    context->recordTag = -1;
+}
+
+bool CountsIOLength(const LocalContext* context) { return context->writeItem == CountLength; }
+
 int32_t EndIOUfmt(LocalContext* context) {
     if (context->numAddress != nullptr) *context->numAddress = context->charsTransferred - context->charsBase;
     if (context->dtioChild) return context->status;

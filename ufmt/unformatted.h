@@ -15,6 +15,11 @@ struct LocalContext;
 int32_t BeginIOUfmt(LocalContext* context, void* kindArgument);
 int32_t EndIOUfmt(LocalContext* context);
 
+// INQUIRE(IOLENGTH=): a WRITE that writes nothing. Its items go through the unformatted
+// item routines, whose writeItem only counts; the end stores the count.
+void BeginIOLength(LocalContext* context, void* variable, int32_t width);
+bool CountsIOLength(const LocalContext* context);
+
 // A short write or read of an item: the report its cause calls for, and no more items.
 void UfmtWriteError(LocalContext* context);
 void UfmtReadError(LocalContext* context);

@@ -220,6 +220,18 @@ void FailingProcedure(const RTD*, const void*, const char*, uintptr_t, uintptr_t
     std::memcpy(iomsg, "no point", 8);
 }
 
+// INQUIRE (UNIT=unit, OPENED=opened, IOSTAT=iostat) inside the procedure.
+struct {
+    int32_t iostat, opened;
+} inquired;
+void InquireUnit(const RTD*, const void* unit, const char*, uintptr_t, uintptr_t, void*, char*, uintptr_t, int32_t,
+                 int32_t) {
+    inquired.opened = 9;
+    Specifiers s;
+    s.Location("f", 1).Address(VRN_KEY_OPENED, &inquired.opened, 4);
+    _vrnIOCmd(UnitOf(unit), VRN_COMMAND_INQUIRE, s.list(), VRN_OPTION_INQUIRE_BY_UNIT, &inquired.iostat);
+}
+
 class DefinedIO : public RuntimeTest {
 protected:
     Table pointTable{sizeof(Point), {Row(0, 4, 0, 0), Row(0, 4, 0, 4)}};
@@ -380,6 +392,20 @@ TEST_F(DefinedIO, ProcedureIostatReachesTheParent) {
             _vrnWriteLDDT_DTIO(parent.context(), &p, 0, &table, &failing);
         },
         ::testing::ExitedWithCode(1), "3714-205 A defined I/O procedure returned the error status -1.");
+}
+
+TEST_F(DefinedIO, InquireInsideAProcedureKnowsUnitsFromInternalFiles) {
+    Point p{1, 2};
+    const VrnDTIORow* dtio = Procedure(InquireUnit);
+    Formatted("(DT)", [&](FormatWriter& w) { _vrnWriteFmtDT_DTIO(w.context(), &p, 0, &table, &dtio); });
+    EXPECT_EQ(inquired.iostat, 33);
+    EXPECT_EQ(inquired.opened, 9);
+    OpenFormatted(51, "inquired");
+    FormatWriter w(51, "(DT)");
+    _vrnWriteFmtDT_DTIO(w.context(), &p, 0, &table, &dtio);
+    EXPECT_EQ(w.End(), 0);
+    EXPECT_EQ(inquired.iostat, 0);
+    EXPECT_EQ(inquired.opened, 1);
 }
 
 }  // namespace

@@ -1,0 +1,305 @@
+// INQUIRE by unit and by file: what a program may learn about a connection or a file,
+// stored into the variables the statement names. INQUIRE has no effect on units or
+// files: it reads the unit record and, for a file nobody holds, what stat(2) says.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "core/context.h"
+#include "core/errors.h"
+#include "core/keywords.h"
+#include "core/unit.h"
+#include "transport/transport.h"
+#include "vrn90.h"
+
+namespace {
+
+// The unit a derived-type I/O procedure receives for an internal parent.
+constexpr int32_t kInternalUnitNumber = -2;
+
+// What one INQUIRE is about.
+struct Subject {
+    UnitRecord* unit = nullptr;  // the connection, or null when there is none
+    bool byFile = false;
+    bool exists = false;         // the unit or the file exists
+    bool fileSeen = false;       // by file: stat(2) found the file
+    struct stat64 fileStat {};
+    const char* name = nullptr;  // by file: the name, trimmed and NUL-ended
+};
+
+bool Formatted(const Subject& subject) { return subject.unit != nullptr && subject.unit->form == VRN_KEY_FORMATTED; }
+
+const char* KeywordName(uint32_t keyword) {
+    return keyword > 0 && keyword < kKeywordRows ? _RTE_key_info[keyword].name : "UNDEFINED";
+}
+
+const char* YesNo(bool yes) { return yes ? "YES" : "NO"; }
+
+// A file that the library could connect: anything that exists but a directory.
+bool Connectable(const Subject& subject) { return subject.fileSeen && !S_ISDIR(subject.fileStat.st_mode); }
+
+bool Positionable(const struct stat64& fileStat) { return S_ISREG(fileStat.st_mode) || S_ISBLK(fileStat.st_mode); }
+
+// SEQUENTIAL=, DIRECT= and STREAM=: a connection answers for its own access method; a
+// file nobody holds, for what an OPEN could choose.
+const char* AccessAllowed(const Subject& subject, uint32_t access) {
+    if (subject.unit != nullptr) return YesNo(subject.unit->access == access);
+    if (!subject.fileSeen) return "UNKNOWN";
+    if (!Connectable(subject)) return "NO";
+    return YesNo(access == VRN_KEY_SEQUENTIAL || Positionable(subject.fileStat));
+}
+
+// FORMATTED= and UNFORMATTED=: a connection whose form is not decided yet could take either.
+const char* FormAllowed(const Subject& subject, uint32_t form) {
+    if (subject.unit != nullptr) return subject.unit->form == 0 ? "UNKNOWN" : YesNo(subject.unit->form == form);
+    if (!subject.fileSeen) return "UNKNOWN";
+    return YesNo(Connectable(subject));
+}
+
+// READ=, WRITE= and READWRITE=: the connection's action, or the file's permissions.
+const char* ActionAllowed(const Subject& subject, bool read, bool write) {
+    if (UnitRecord* unit = subject.unit) {
+        uint32_t action = unit->action;
+        bool canRead = action == VRN_KEY_READ || action == VRN_KEY_READWRITE;
+        bool canWrite = action == VRN_KEY_WRITE || action == VRN_KEY_READWRITE;
+        return YesNo((!read || canRead) && (!write || canWrite));
+    }
+    if (!subject.fileSeen) return "UNKNOWN";
+    if (!Connectable(subject)) return "NO";
+    int mode = (read ? R_OK : 0) | (write ? W_OK : 0);
+    return YesNo(access(subject.name, mode) == 0);
+}
+
+// A mode of a formatted connection; `unset` stands for a property OPEN left at 0.
+const char* FormattedMode(const Subject& subject, uint32_t value, uint32_t unset) {
+    if (!Formatted(subject)) return "UNDEFINED";
+    return KeywordName(value != 0 ? value : unset);
+}
+
+bool Named(const Subject& subject) {
+    if (subject.byFile) return true;
+    const UnitRecord* unit = subject.unit;
+    return unit != nullptr && unit->fileName != nullptr && unit->status != VRN_KEY_SCRATCH;
+}
+
+// The text a character specifier receives; null leaves the variable as it was.
+const char* TextAnswer(const Subject& subject, uint32_t keyword) {
+    const UnitRecord* unit = subject.unit;
+    switch (keyword) {
+    case VRN_KEY_ACCESS: return unit != nullptr ? KeywordName(unit->access) : "UNDEFINED";
+    case VRN_KEY_ACTION: return unit != nullptr ? KeywordName(unit->action) : "UNDEFINED";
+    case VRN_KEY_ASYNCH:
+    case VRN_KEY_ASYNCHRONOUS: return unit != nullptr ? YesNo(unit->asynch == VRN_KEY_YES) : "UNDEFINED";
+    case VRN_KEY_BLANK: return unit != nullptr ? FormattedMode(subject, unit->blank, VRN_KEY_NULL) : "UNDEFINED";
+    case VRN_KEY_DECIMAL: return unit != nullptr ? FormattedMode(subject, unit->decimal, VRN_KEY_POINT) : "UNDEFINED";
+    case VRN_KEY_DELIM: return unit != nullptr ? FormattedMode(subject, unit->delim, VRN_KEY_NONE) : "UNDEFINED";
+    case VRN_KEY_PAD: return unit != nullptr ? FormattedMode(subject, unit->pad, VRN_KEY_YES) : "UNDEFINED";
+    case VRN_KEY_ROUND:
+        return unit != nullptr ? FormattedMode(subject, unit->round, VRN_KEY_PROCESSOR_DEFINED) : "UNDEFINED";
+    case VRN_KEY_SIGN:
+        return unit != nullptr ? FormattedMode(subject, unit->sign, VRN_KEY_PROCESSOR_DEFINED) : "UNDEFINED";
+    case VRN_KEY_ENCODING:
+        if (unit != nullptr) return Formatted(subject) ? "DEFAULT" : "UNDEFINED";
+        return subject.fileSeen ? "UNKNOWN" : "UNDEFINED";
+    case VRN_KEY_FORM: return unit != nullptr && unit->form != 0 ? KeywordName(unit->form) : "UNDEFINED";
+    case VRN_KEY_FORMATTED: return FormAllowed(subject, VRN_KEY_FORMATTED);
+    case VRN_KEY_UNFORMATTED: return FormAllowed(subject, VRN_KEY_UNFORMATTED);
+    case VRN_KEY_SEQUENTIAL: return AccessAllowed(subject, VRN_KEY_SEQUENTIAL);
+    case VRN_KEY_DIRECT: return AccessAllowed(subject, VRN_KEY_DIRECT);
+    case VRN_KEY_STREAM: return AccessAllowed(subject, VRN_KEY_STREAM);
+    case VRN_KEY_READ: return ActionAllowed(subject, true, false);
+    case VRN_KEY_WRITE: return ActionAllowed(subject, false, true);
+    case VRN_KEY_READWRITE: return ActionAllowed(subject, true, true);
+    case VRN_KEY_POSITION:
+        if (unit == nullptr || unit->access == VRN_KEY_DIRECT) return "UNDEFINED";
+        if (unit->appendPending) return "APPEND";
+        return unit->position != 0 ? KeywordName(unit->position) : "ASIS";
+    case VRN_KEY_NAME:
+        // A file without a name leaves blanks, which no OPEN takes for a name.
+        if (!Named(subject)) return "";
+        return unit != nullptr ? unit->fileName : subject.name;
+    default: return nullptr;
+    }
+}
+
+// Whether an integer specifier has a value; false leaves the variable as it was.
+bool IntegerAnswer(const Subject& subject, uint32_t keyword, int64_t* value) {
+    const UnitRecord* unit = subject.unit;
+    switch (keyword) {
+    case VRN_KEY_NUMBER: *value = unit != nullptr ? unit->unitNumber : -1; return true;
+    case VRN_KEY_NEXTREC:
+        if (unit == nullptr || unit->access != VRN_KEY_DIRECT) return false;
+        *value = static_cast<int64_t>(unit->nextRecord);
+        return true;
+    case VRN_KEY_POS:
+        if (unit == nullptr || unit->access != VRN_KEY_STREAM || unit->permanentError) return false;
+        *value = unit->filePosition + 1;
+        return true;
+    case VRN_KEY_RECL:
+        if (unit == nullptr) {
+            *value = -1;
+        } else if (unit->access == VRN_KEY_STREAM) {
+            *value = -2;
+        } else {
+            *value = unit->recl >= 0 ? unit->recl : unit->maxRecord > 0 ? unit->maxRecord : -1;
+        }
+        return true;
+    case VRN_KEY_SIZE:
+        if (unit != nullptr) {
+            *value = UnitFileSize(unit);
+        } else {
+            *value = subject.fileSeen && Positionable(subject.fileStat) ? subject.fileStat.st_size : -1;
+        }
+        return true;
+    default: return false;
+    }
+}
+
+bool LogicalAnswer(const Subject& subject, uint32_t keyword, bool* value) {
+    switch (keyword) {
+    case VRN_KEY_EXIST: *value = subject.exists; return true;
+    case VRN_KEY_OPENED: *value = subject.unit != nullptr; return true;
+    case VRN_KEY_NAMED: *value = Named(subject); return true;
+    // Every transfer is complete when its statement ends: nothing is ever pending.
+    case VRN_KEY_PENDING: *value = false; return true;
+    default: return false;
+    }
+}
+
+void StoreText(const KeywordEntry& entry, const char* text) {
+    auto* variable = reinterpret_cast<char*>(entry.a);
+    if (variable == nullptr) return;
+    size_t length = entry.b;
+    size_t taken = std::min(std::strlen(text), length);
+    std::memcpy(variable, text, taken);
+    std::memset(variable + taken, ' ', length - taken);
+}
+
+void StoreInteger(void* variable, int32_t size, int64_t value) {
+    if (variable == nullptr) return;
+    if (size == 8) {
+        std::memcpy(variable, &value, sizeof value);
+    } else {
+        auto narrow = static_cast<int32_t>(value);
+        std::memcpy(variable, &narrow, sizeof narrow);
+    }
+}
+
+// A logical of 1, 2, 4 or 8 bytes; true is 1.
+void StoreLogical(void* variable, uint32_t size, bool value) {
+    if (variable == nullptr) return;
+    switch (size) {
+    case 1: {
+        uint8_t v = value;
+        std::memcpy(variable, &v, 1);
+        break;
+    }
+    case 2: {
+        uint16_t v = value;
+        std::memcpy(variable, &v, 2);
+        break;
+    }
+    case 8: {
+        uint64_t v = value;
+        std::memcpy(variable, &v, 8);
+        break;
+    }
+    default: {
+        uint32_t v = value;
+        std::memcpy(variable, &v, 4);
+        break;
+    }
+    }
+}
+
+// One entry of the list: a character, integer or logical result, by its keyword. The
+// 64-bit forms carry the keyword in b.
+void Answer(const Subject& subject, const KeywordEntry& entry) {
+    uint32_t tag = entry.tag & 0xFFFFu;
+    auto* variable = reinterpret_cast<void*>(entry.a);
+    bool wide = tag == VRN_TAG_INQUIRE_INT8 || tag == VRN_TAG_INQUIRE_LOG8;
+    uint32_t keyword = wide ? entry.b : tag;
+    int64_t number;
+    bool truth;
+    if (tag == VRN_TAG_INQUIRE_LOG8) {
+        if (LogicalAnswer(subject, keyword, &truth)) StoreLogical(variable, 8, truth);
+    } else if (IntegerAnswer(subject, keyword, &number)) {
+        StoreInteger(variable, wide ? 8 : 4, number);
+    } else if (wide) {
+        return;
+    } else if (LogicalAnswer(subject, keyword, &truth)) {
+        StoreLogical(variable, entry.b == 0 ? 4 : entry.b, truth);
+    } else if (const char* text = TextAnswer(subject, keyword)) {
+        StoreText(entry, text);
+    }
+}
+
+const KeywordEntry* FindFileEntry(const KeywordList* keywords) {
+    if (keywords == nullptr || keywords->version != 1) return nullptr;
+    for (uint32_t i = 0; i < keywords->count; ++i) {
+        if ((keywords->entries[i].tag & 0xFFFFu) == VRN_KEY_FILE) return &keywords->entries[i];
+    }
+    return nullptr;
+}
+
+// The file named by FILE=, and the unit that holds it if any. false when the statement
+// ends with an error.
+bool FindFile(GlobalContext* global, LocalContext* context, const KeywordEntry& entry, char* name, Subject& subject) {
+    const char* text = reinterpret_cast<const char*>(entry.a);
+    int32_t length = text != nullptr ? static_cast<int32_t>(entry.b) : 0;
+    bool hasNul = TrimFileName(text, &length) != 0;
+    if (length > kMaxFileName || hasNul) {
+        char shown[kMaxValueText + 1];
+        KeywordValueText(entry, shown);
+        if (length > kMaxFileName) {
+            ErrorHandler(kClassRecoverable, kKindError, 154, 31, ArgText(1), shown, 0u);
+            return false;
+        }
+        // As in OPEN, the name is cut at the NUL when the program goes on.
+        if (ErrorHandler(kClassRecoverable, kKindError, 126, 126, ArgText(1), shown, 0u) != kRecover) return false;
+    }
+    std::memcpy(name, text, static_cast<size_t>(length));
+    name[length] = 0;
+    subject.byFile = true;
+    subject.name = name;
+    subject.fileSeen = length > 0 && stat64(name, &subject.fileStat) == 0;
+    subject.exists = subject.fileSeen;
+    if (subject.fileSeen) {
+        ListNode* predecessor;
+        InodeRecord* inode =
+            FindInodeRecord(global, context, subject.fileStat.st_dev, subject.fileStat.st_ino, &predecessor);
+        subject.unit = FirstUnitOnInode(inode);
+    }
+    return true;
+}
+
+}  // namespace
+
+int32_t InquireCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords) {
+    bool byUnit = (context->options & VRN_OPTION_INQUIRE_BY_UNIT) != 0;
+    const KeywordEntry* file = FindFileEntry(keywords);
+    if (byUnit == (file != nullptr)) {
+        ErrorHandler(kClassRecoverable, kKindError, 34, 34, 0u);
+        return context->status;
+    }
+    Subject subject;
+    char name[kMaxFileName + 1];
+    if (byUnit) {
+        // Inside a defined I/O procedure of an internal parent, the unit it was given
+        // is the internal file, which is no unit to inquire about.
+        bool internalParent = context->nested && (context->parentFlags & VRN_FLAG_INTERNAL);
+        if (unitNumber == kInternalUnitNumber && internalParent) {
+            ErrorHandler(kClassRecoverable, kKindError, 33, 33, ArgInt(1), unitNumber, 0u);
+            return context->status;
+        }
+        subject.unit = LookUpUnit(global, unitNumber);
+        subject.exists = unitNumber >= 0 || subject.unit != nullptr;
+    } else if (!FindFile(global, context, *file, name, subject)) {
+        return context->status;
+    }
+    if (keywords == nullptr || keywords->version != 1) return context->status;
+    for (uint32_t i = 0; i < keywords->count; ++i) Answer(subject, keywords->entries[i]);
+    return context->status;
+}
