@@ -118,7 +118,26 @@ LocalContext* _vrnBeginIO(void* unitAddress, uint32_t statementFlags, const Keyw
                           void* kindArgument);
 int32_t _vrnEndIO(LocalContext* context);
 
-/* A file statement (OPEN, CLOSE, INQUIRE, BACKSPACE, REWIND, ENDFILE, FLUSH, WAIT). */
+/* A file statement (OPEN, CLOSE, INQUIRE, BACKSPACE, REWIND, ENDFILE, FLUSH, WAIT).
+ *
+ * INQUIRE is command 2. By unit, `options` has VRN_OPTION_INQUIRE_BY_UNIT and the unit
+ * comes in `unitNumber`; by file, the bit is clear and the list holds FILE=. Each result
+ * specifier names its variable in the list:
+ *   character (ACCESS, NAME, ...): a = address, b = length; blank-padded or cut;
+ *   integer (NUMBER, RECL, NEXTREC, SIZE, POS): a = address of 4 bytes, or the tag
+ *     VRN_TAG_INQUIRE_INT8 with a = address of 8 bytes and b = the specifier's keyword;
+ *   logical (EXIST, OPENED, NAMED, PENDING): a = address, b = its size in bytes (1, 2,
+ *     4 or 8; 0 is 4), or the tag VRN_TAG_INQUIRE_LOG8 with b = the keyword.
+ * True is 1. A variable whose value the statement leaves undefined is not touched.
+ *
+ * INQUIRE(IOLENGTH=n) list is a data transfer that writes nothing:
+ *   _vrnBeginIO(NULL, VRN_STATEMENT_FLAGS(VRN_KIND_UNFORMATTED, VRN_DIRECTION_WRITE,
+ *               VRN_ACCESS_SEQUENTIAL), keywords, options, iostat, 0, NULL)
+ * with IOLENGTH (58) in the list (a = address of n, 4 bytes), or VRN_TAG_INQUIRE_INT8
+ * with b = 58 for 8 bytes; then the unformatted item calls of the list, as for a WRITE;
+ * then _vrnEndIO, which stores in n the bytes the items take in a record, without
+ * record tags: the RECL= of a direct-access file that holds them. Defined I/O
+ * procedures are not called: an object counts as its components. */
 int32_t _vrnIOCmd(int32_t unitNumber, int32_t command, const KeywordList* keywords,
                   uint32_t options, void* iostatAddress);
 
