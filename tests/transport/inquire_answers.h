@@ -36,10 +36,11 @@ struct Answers {
 };
 
 // INQUIRE(UNIT=unit, ...) when `file` is null, INQUIRE(FILE=file, ...) otherwise.
-// Integers and logicals alternate between the 4-byte tags and the 64-bit forms.
+// Integers and logicals take the 4-byte tags, or with `wide` the 64-bit forms.
 inline Answers Inquire(int32_t unit, const std::string* file, bool wide = false) {
     char texts[std::size(kTextSpecifiers)][300];
     int64_t integers[std::size(kIntegerSpecifiers)];
+    int32_t narrowIntegers[std::size(kIntegerSpecifiers)];
     int64_t logicals[std::size(kLogicalSpecifiers)];
     char iomsg[120];
     std::memset(iomsg, ' ', sizeof iomsg);
@@ -52,9 +53,10 @@ inline Answers Inquire(int32_t unit, const std::string* file, bool wide = false)
         s.Address(kTextSpecifiers[i], texts[i], sizeof texts[i]);
     }
     for (size_t i = 0; i < std::size(kIntegerSpecifiers); ++i) {
-        integers[i] = wide ? kUntouched : kUntouched | (int64_t{0x5555} << 32);
+        integers[i] = kUntouched;
+        narrowIntegers[i] = static_cast<int32_t>(kUntouched);
         if (wide) s.Address(VRN_TAG_INQUIRE_INT8, &integers[i], kIntegerSpecifiers[i]);
-        else s.Address(kIntegerSpecifiers[i], &integers[i]);
+        else s.Address(kIntegerSpecifiers[i], &narrowIntegers[i]);
     }
     for (size_t i = 0; i < std::size(kLogicalSpecifiers); ++i) {
         logicals[i] = 7;
@@ -69,14 +71,7 @@ inline Answers Inquire(int32_t unit, const std::string* file, bool wide = false)
         answers.text[kTextSpecifiers[i]] = value;
     }
     for (size_t i = 0; i < std::size(kIntegerSpecifiers); ++i) {
-        int64_t value = integers[i];
-        // A 4-byte answer leaves the upper half of the 8 bytes as it was.
-        if (!wide) {
-            int32_t low;
-            std::memcpy(&low, &integers[i], sizeof low);
-            if (low != static_cast<int32_t>(kUntouched) || value != (kUntouched | (int64_t{0x5555} << 32))) value = low;
-            else value = kUntouched;
-        }
+        int64_t value = wide ? integers[i] : narrowIntegers[i];
         answers.integer[kIntegerSpecifiers[i]] = value;
     }
     for (size_t i = 0; i < std::size(kLogicalSpecifiers); ++i) {
