@@ -100,9 +100,7 @@ const char* TextAnswer(const Subject& subject, uint32_t keyword) {
         return unit != nullptr ? FormattedMode(subject, unit->round, VRN_KEY_PROCESSOR_DEFINED) : "UNDEFINED";
     case VRN_KEY_SIGN:
         return unit != nullptr ? FormattedMode(subject, unit->sign, VRN_KEY_PROCESSOR_DEFINED) : "UNDEFINED";
-    case VRN_KEY_ENCODING:
-        if (unit != nullptr) return Formatted(subject) ? "DEFAULT" : "UNDEFINED";
-        return subject.fileSeen ? "UNKNOWN" : "UNDEFINED";
+    case VRN_KEY_ENCODING: return Formatted(subject) ? "DEFAULT" : "UNDEFINED";
     case VRN_KEY_FORM: return unit != nullptr && unit->form != 0 ? KeywordName(unit->form) : "UNDEFINED";
     case VRN_KEY_FORMATTED: return FormAllowed(subject, VRN_KEY_FORMATTED);
     case VRN_KEY_UNFORMATTED: return FormAllowed(subject, VRN_KEY_UNFORMATTED);

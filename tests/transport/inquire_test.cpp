@@ -120,7 +120,7 @@ TEST_F(InquireStatement, SequentialConnectionByUnitAndByFileThenClosed) {
     EXPECT_EQ(closed[VRN_KEY_STREAM], "YES");
     EXPECT_EQ(closed[VRN_KEY_FORMATTED], "YES");
     EXPECT_EQ(closed[VRN_KEY_READWRITE], "YES");
-    EXPECT_EQ(closed[VRN_KEY_ENCODING], "UNKNOWN");
+    EXPECT_EQ(closed[VRN_KEY_ENCODING], "UNDEFINED");
     EXPECT_FALSE(ByUnit(10).logical[VRN_KEY_OPENED]);
     chmod(name.c_str(), 0444);
     if (geteuid() != 0) {
