@@ -408,5 +408,17 @@ TEST_F(DefinedIO, InquireInsideAProcedureKnowsUnitsFromInternalFiles) {
     EXPECT_EQ(inquired.opened, 1);
 }
 
+TEST_F(DefinedIO, IOLengthCountsTheComponentsAndCallsNoProcedure) {
+    Point p{1, 2};
+    const VrnDTIORow* dtio = Procedure(FailingProcedure);
+    int32_t length = -1;
+    Specifiers s;
+    s.Location("f", 1).Address(VRN_KEY_IOLENGTH, &length);
+    LocalContext* context = _vrnBeginIO(nullptr, UfmtWrite, s.list(), 0, nullptr, 0, nullptr);
+    _vrnWriteUfmtDT_DTIO(context, &p, 0, &table, &dtio);
+    EXPECT_EQ(_vrnEndIO(context), 0);
+    EXPECT_EQ(length, 8);
+}
+
 }  // namespace
 }  // namespace vrntest
