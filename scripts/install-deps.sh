@@ -4,6 +4,7 @@ set -euo pipefail
 
 packages=(cmake ninja-build g++ gcc ccache googletest libbenchmark-dev g++-powerpc-linux-gnu gcc-powerpc-linux-gnu
           qemu-user-static libc-bin
+          dpkg-dev pkgconf  # the Debian packages' dependencies, and the consumer builds
           libopenblas-dev   # OpenBLAS: the MATMUL benchmark's peer, never linked into the library
           gfortran)         # the peer of benchmarks and the oracle of the formatted-output test
 missing=()

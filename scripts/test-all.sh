@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds the host, sanitizer, thread-sanitizer and PowerPC
 # configurations, and runs every test of each (the thread-sanitizer one: the threaded
-# intrinsics; the PowerPC ones under qemu). Exits non-zero on any failure.
+# intrinsics; the PowerPC ones under qemu); on the host also builds the Debian packages
+# and tries them. Exits non-zero on any failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -24,6 +25,10 @@ for preset in host sanitize tsan ppc; do
   fi
   echo "== $preset: test"
   ctest --preset "$preset" || status=1
+  if [ "$preset" = host ]; then
+    echo "== host: Debian packages"
+    scripts/package-test.sh build/host || status=1
+  fi
 done
 echo "== all builds and tests took $((SECONDS - start)) s"
 exit $status
