@@ -486,4 +486,14 @@ std::string ReadFile(const std::string& path) {
     return text.str();
 }
 
+std::string ProgramOutput(const std::string& command) {
+    FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) return "cannot run " + command;
+    std::string out;
+    char chunk[256];
+    while (size_t got = std::fread(chunk, 1, sizeof chunk, pipe)) out.append(chunk, got);
+    pclose(pipe);
+    return out;
+}
+
 }  // namespace vrntest

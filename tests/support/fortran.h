@@ -284,6 +284,9 @@ private:
 
 std::string ReadFile(const std::string& path);
 
+// What a command (a peer program, for instance) writes to its standard output.
+std::string ProgramOutput(const std::string& command);
+
 // CALL SETRTEOPTS(text).
 void SetOptions(std::string_view text);
 

@@ -13,14 +13,7 @@ namespace vrntest {
 namespace {
 
 std::string RunPeer(const std::string& arguments) {
-    std::string command = std::string(VRN_INTERCHANGE_PROGRAM) + " " + arguments;
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return "cannot run";
-    std::string out;
-    char chunk[256];
-    while (size_t got = std::fread(chunk, 1, sizeof chunk, pipe)) out.append(chunk, got);
-    pclose(pipe);
-    return out;
+    return ProgramOutput(std::string(VRN_INTERCHANGE_PROGRAM) + " " + arguments);
 }
 
 class GfortranInterchange : public RuntimeTest {
