@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench inquire_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
@@ -345,4 +345,35 @@ for label, name, key, ddr in [("WRITE (u) x", "WriteUfmt", "write", dd_write), (
     print(f"{label + ', x(1:2n:2)':40} {strided:8.2f} {theirs.get('strided_' + key, nan):9.2f} {'':9} {'':8} {whole / strided:14.2f}")
 PY
 rm -f "$array_results"
+
+# INQUIRE: ns per statement beside gfortran's.
+inquire_results=$(mktemp)
+build/host/bench/inquire_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$inquire_results" --benchmark_out_format=json >/dev/null 2>&1
+inquire_peer=""
+if command -v gfortran >/dev/null; then
+  gfortran -O2 bench/peers/inquire.f90 -o "$peer_dir/inquire" && inquire_peer="$peer_dir/inquire"
+fi
+python3 - "$inquire_results" "$inquire_peer" "$TMPDIR" <<'PY'
+import json, statistics, subprocess, sys
+results, peer, directory = sys.argv[1:4]
+runs = {b["run_name"]: b for b in json.load(open(results))["benchmarks"] if b.get("aggregate_name") == "median"}
+theirs = {}
+if peer:
+    samples = []
+    for _ in range(5):
+        out = subprocess.run([peer, directory], check=True, capture_output=True, text=True).stdout
+        samples.append({line.split()[0]: float(line.split()[1]) for line in out.splitlines() if line.strip()})
+    theirs = {key: statistics.median(s[key] for s in samples) for key in samples[0]}
+nan = float("nan")
+print()
+print(f"{'INQUIRE, ns per statement':40} {'ours':>8} {'gfortran':>9} {'speed-up':>9}")
+for label, name, key in [("INQUIRE (u, nine specifiers)", "InquireUnit", "unit"),
+                         ("INQUIRE (FILE=f, EXIST=e)", "InquireFileExist", "file"),
+                         ("INQUIRE (IOLENGTH=n) five items", "IOLength", "iolength")]:
+    ns = 1e9 / runs[name]["items_per_second"]
+    g = theirs.get(key, nan)
+    print(f"{label:40} {ns:8.1f} {g:9.1f} {g / ns:9.2f}")
+PY
+rm -f "$inquire_results"
 rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"

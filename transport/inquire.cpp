@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 #include "core/context.h"
 #include "core/errors.h"
@@ -25,17 +26,22 @@ struct Subject {
     bool byFile = false;
     bool exists = false;         // the unit or the file exists
     bool fileSeen = false;       // by file: stat(2) found the file
-    struct stat64 fileStat {};
+    struct stat64 fileStat;      // read only when fileSeen
     const char* name = nullptr;  // by file: the name, trimmed and NUL-ended
 };
 
 bool Formatted(const Subject& subject) { return subject.unit != nullptr && subject.unit->form == VRN_KEY_FORMATTED; }
 
-const char* KeywordName(uint32_t keyword) {
-    return keyword > 0 && keyword < kKeywordRows ? _RTE_key_info[keyword].name : "UNDEFINED";
+// Answers are views: a keyword's name has its length in the table, and a default view
+// (no data) leaves the variable alone.
+using Text = std::string_view;
+
+Text KeywordName(uint32_t keyword) {
+    if (keyword == 0 || keyword >= kKeywordRows) return "UNDEFINED";
+    return Text(_RTE_key_info[keyword].name, _RTE_key_info[keyword].length);
 }
 
-const char* YesNo(bool yes) { return yes ? "YES" : "NO"; }
+Text YesNo(bool yes) { return yes ? "YES" : "NO"; }
 
 // A file that the library could connect: anything that exists but a directory.
 bool Connectable(const Subject& subject) { return subject.fileSeen && !S_ISDIR(subject.fileStat.st_mode); }
@@ -44,7 +50,7 @@ bool Positionable(const struct stat64& fileStat) { return S_ISREG(fileStat.st_mo
 
 // SEQUENTIAL=, DIRECT= and STREAM=: a connection answers for its own access method; a
 // file nobody holds, for what an OPEN could choose.
-const char* AccessAllowed(const Subject& subject, uint32_t access) {
+Text AccessAllowed(const Subject& subject, uint32_t access) {
     if (subject.unit != nullptr) return YesNo(subject.unit->access == access);
     if (!subject.fileSeen) return "UNKNOWN";
     if (!Connectable(subject)) return "NO";
@@ -52,14 +58,14 @@ const char* AccessAllowed(const Subject& subject, uint32_t access) {
 }
 
 // FORMATTED= and UNFORMATTED=: a connection whose form is not decided yet could take either.
-const char* FormAllowed(const Subject& subject, uint32_t form) {
+Text FormAllowed(const Subject& subject, uint32_t form) {
     if (subject.unit != nullptr) return subject.unit->form == 0 ? "UNKNOWN" : YesNo(subject.unit->form == form);
     if (!subject.fileSeen) return "UNKNOWN";
     return YesNo(Connectable(subject));
 }
 
 // READ=, WRITE= and READWRITE=: the connection's action, or the file's permissions.
-const char* ActionAllowed(const Subject& subject, bool read, bool write) {
+Text ActionAllowed(const Subject& subject, bool read, bool write) {
     if (UnitRecord* unit = subject.unit) {
         uint32_t action = unit->action;
         bool canRead = action == VRN_KEY_READ || action == VRN_KEY_READWRITE;
@@ -73,8 +79,9 @@ const char* ActionAllowed(const Subject& subject, bool read, bool write) {
 }
 
 // A mode of a formatted connection; `unset` stands for a property OPEN left at 0.
-const char* FormattedMode(const Subject& subject, uint32_t value, uint32_t unset) {
+Text FormattedMode(const Subject& subject, uint32_t UnitRecord::*mode, uint32_t unset) {
     if (!Formatted(subject)) return "UNDEFINED";
+    uint32_t value = subject.unit->*mode;
     return KeywordName(value != 0 ? value : unset);
 }
 
@@ -84,22 +91,20 @@ bool Named(const Subject& subject) {
     return unit != nullptr && unit->fileName != nullptr && unit->status != VRN_KEY_SCRATCH;
 }
 
-// The text a character specifier receives; null leaves the variable as it was.
-const char* TextAnswer(const Subject& subject, uint32_t keyword) {
+// The text a character specifier receives.
+Text TextAnswer(const Subject& subject, uint32_t keyword) {
     const UnitRecord* unit = subject.unit;
     switch (keyword) {
     case VRN_KEY_ACCESS: return unit != nullptr ? KeywordName(unit->access) : "UNDEFINED";
     case VRN_KEY_ACTION: return unit != nullptr ? KeywordName(unit->action) : "UNDEFINED";
     case VRN_KEY_ASYNCH:
     case VRN_KEY_ASYNCHRONOUS: return unit != nullptr ? YesNo(unit->asynch == VRN_KEY_YES) : "UNDEFINED";
-    case VRN_KEY_BLANK: return unit != nullptr ? FormattedMode(subject, unit->blank, VRN_KEY_NULL) : "UNDEFINED";
-    case VRN_KEY_DECIMAL: return unit != nullptr ? FormattedMode(subject, unit->decimal, VRN_KEY_POINT) : "UNDEFINED";
-    case VRN_KEY_DELIM: return unit != nullptr ? FormattedMode(subject, unit->delim, VRN_KEY_NONE) : "UNDEFINED";
-    case VRN_KEY_PAD: return unit != nullptr ? FormattedMode(subject, unit->pad, VRN_KEY_YES) : "UNDEFINED";
-    case VRN_KEY_ROUND:
-        return unit != nullptr ? FormattedMode(subject, unit->round, VRN_KEY_PROCESSOR_DEFINED) : "UNDEFINED";
-    case VRN_KEY_SIGN:
-        return unit != nullptr ? FormattedMode(subject, unit->sign, VRN_KEY_PROCESSOR_DEFINED) : "UNDEFINED";
+    case VRN_KEY_BLANK: return FormattedMode(subject, &UnitRecord::blank, VRN_KEY_NULL);
+    case VRN_KEY_DECIMAL: return FormattedMode(subject, &UnitRecord::decimal, VRN_KEY_POINT);
+    case VRN_KEY_DELIM: return FormattedMode(subject, &UnitRecord::delim, VRN_KEY_NONE);
+    case VRN_KEY_PAD: return FormattedMode(subject, &UnitRecord::pad, VRN_KEY_YES);
+    case VRN_KEY_ROUND: return FormattedMode(subject, &UnitRecord::round, VRN_KEY_PROCESSOR_DEFINED);
+    case VRN_KEY_SIGN: return FormattedMode(subject, &UnitRecord::sign, VRN_KEY_PROCESSOR_DEFINED);
     case VRN_KEY_ENCODING: return Formatted(subject) ? "DEFAULT" : "UNDEFINED";
     case VRN_KEY_FORM: return unit != nullptr && unit->form != 0 ? KeywordName(unit->form) : "UNDEFINED";
     case VRN_KEY_FORMATTED: return FormAllowed(subject, VRN_KEY_FORMATTED);
@@ -118,7 +123,7 @@ const char* TextAnswer(const Subject& subject, uint32_t keyword) {
         // A file without a name leaves blanks, which no OPEN takes for a name.
         if (!Named(subject)) return "";
         return unit != nullptr ? unit->fileName : subject.name;
-    default: return nullptr;
+    default: return Text();
     }
 }
 
@@ -166,12 +171,12 @@ bool LogicalAnswer(const Subject& subject, uint32_t keyword, bool* value) {
     }
 }
 
-void StoreText(const KeywordEntry& entry, const char* text) {
+void StoreText(const KeywordEntry& entry, Text text) {
     auto* variable = reinterpret_cast<char*>(entry.a);
     if (variable == nullptr) return;
     size_t length = entry.b;
-    size_t taken = std::min(std::strlen(text), length);
-    std::memcpy(variable, text, taken);
+    size_t taken = std::min(text.size(), length);
+    std::memcpy(variable, text.data(), taken);
     std::memset(variable + taken, ' ', length - taken);
 }
 
@@ -229,7 +234,7 @@ void Answer(const Subject& subject, const KeywordEntry& entry) {
         return;
     } else if (LogicalAnswer(subject, keyword, &truth)) {
         StoreLogical(variable, entry.b == 0 ? 4 : entry.b, truth);
-    } else if (const char* text = TextAnswer(subject, keyword)) {
+    } else if (Text text = TextAnswer(subject, keyword); text.data() != nullptr) {
         StoreText(entry, text);
     }
 }
