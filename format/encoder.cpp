@@ -1524,7 +1524,14 @@ void Encoder<Unit>::NormalWrapUp() {
     code[VRN_FMT_HEADER_DEPTH] = maxDepth_;
     SetFirstCont(code, firstCont_);
     result_ = code;
-    if (CompileTime() && !(code[VRN_FMT_HEADER_FLAGS] & VRN_FMT_CONTIGUOUS)) PackFormat();
+    if (!CompileTime()) return;
+    // The compiler stores this code in an object file, where an address or offset of a Cont
+    // inside this library's buffer means nothing: a packed code has none.
+    if (code[VRN_FMT_HEADER_FLAGS] & VRN_FMT_CONTIGUOUS) {
+        code[VRN_FMT_HEADER_FIRST_CONT] = 0;
+    } else {
+        PackFormat();
+    }
 }
 
 template <class Unit>

@@ -159,7 +159,13 @@ TEST(FormatEncoder, EveryDescriptorHasItsWords) {
         EXPECT_EQ(e.units[2], c.depth) << c.text;
         bool hasT = std::string(c.text).find("T5") != std::string::npos;
         EXPECT_EQ(e.units[3], VRN_FMT_CONTIGUOUS | (hasT ? VRN_FMT_HAS_T : 0)) << c.text;
+        // The compiler stores this code in an object file: no Cont address may stay in it.
+        EXPECT_EQ(e.units[4], 0) << c.text;
         EXPECT_EQ(_vrnEncodingMode(e.code), 1) << c.text;
+        Encoding wide = Encode(c.text, c.flags | VRN_FMT_COMPILE_TIME | VRN_FMT_64BIT);
+        ASSERT_EQ(wide.result, 1) << c.text;
+        EXPECT_EQ(wide.units[4], 0) << c.text;
+        EXPECT_EQ(wide.bytes, wide.units[1] * 8) << c.text;
     }
 }
 
