@@ -34,22 +34,41 @@ int32_t FmtIToOct(int32_t size, const void* item, char* end);
 int32_t FmtIToBin(int32_t size, const void* item, char* end);
 
 // ---- Real editing ----
-// Each builds the field of a real of `size` 4, 8 or 16 bytes into `buffer` (at least
-// kRealFieldBytes long) under the state's w, d, e, scale and modes, without its leading
-// and trailing blanks. The result is the text's start, its length in *length, or null
+// The text of one real field. Past the digits a conversion computes, every digit is "0",
+// and d (up to 2000, or any size under G) can ask for far more of them than a buffer on the
+// stack should hold, so runs of "0" are kept as counts: a field is pieces of text, each
+// followed by a run of zeros.
+struct RealField {
+    static constexpr int32_t kTextBytes = 192;  // sign, digits, point and exponent digits
+    static constexpr int32_t kPieces = 8;
+    struct Piece {
+        int32_t start;       // into text
+        int32_t length;
+        int64_t zerosAfter;  // "0" characters behind the piece's text
+    };
+    char text[kTextBytes];
+    Piece pieces[kPieces];
+    int32_t pieceCount = 0;
+    int32_t used = 0;
+    int64_t length = 0;   // the whole field
+    bool overflow = false;
+
+    void Put(char c) { Put(&c, 1); }
+    void Put(const char* characters, int32_t count);
+    void PutZeros(int64_t count);
+    // The single piece of a field without long zero runs, or null.
+    const char* Plain(int32_t* plainLength) const;
+};
+
+// Each builds the field of a real of `size` 4, 8 or 16 bytes into `field` under the state's
+// w, d, e, scale and modes, without its leading and trailing blanks. The result is false
 // when the field does not fit; a w of 0 in the state becomes the field's width.
-constexpr int32_t kRealFieldBytes = 2200;
-const char* FmtRToF(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
-                    int32_t* length);
-const char* FmtRToQED(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
-                      int32_t* length, char letter);
-const char* FmtRToEExp(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
-                       int32_t* length, char letter);
-const char* FmtRToEN(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
-                     int32_t* length);
-const char* FmtRToENExp(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
-                        int32_t* length);
-const char* FmtRToES(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
-                     int32_t* length);
-const char* FmtRToESExp(LocalContext* context, const void* value, int32_t size, char* buffer, FormatState* state,
-                        int32_t* length);
+bool FmtRToF(LocalContext* context, const void* value, int32_t size, RealField* field, FormatState* state);
+bool FmtRToQED(LocalContext* context, const void* value, int32_t size, RealField* field, FormatState* state,
+               char letter);
+bool FmtRToEExp(LocalContext* context, const void* value, int32_t size, RealField* field, FormatState* state,
+                char letter);
+bool FmtRToEN(LocalContext* context, const void* value, int32_t size, RealField* field, FormatState* state);
+bool FmtRToENExp(LocalContext* context, const void* value, int32_t size, RealField* field, FormatState* state);
+bool FmtRToES(LocalContext* context, const void* value, int32_t size, RealField* field, FormatState* state);
+bool FmtRToESExp(LocalContext* context, const void* value, int32_t size, RealField* field, FormatState* state);

@@ -247,32 +247,47 @@ bool EditCharacter(LocalContext* context, const void* item, int32_t bytes) {
 
 // ---- Reals ----
 
+// A real field: its text, with its long runs of zeros sent as fills.
+bool EmitRealField(LocalContext* context, const RealField& field, int32_t width, int32_t trailing) {
+    int32_t plainLength = 0;
+    if (const char* plain = field.Plain(&plainLength)) return EmitField(context, plain, plainLength, width, trailing);
+    int64_t lead = width - field.length;
+    if (!Fill(context, ' ', lead > 0 ? static_cast<int32_t>(lead) : 0)) return false;
+    for (int32_t i = 0; i < field.pieceCount; ++i) {
+        const RealField::Piece& piece = field.pieces[i];
+        if (!Write(context, field.text + piece.start, piece.length) ||
+            !Fill(context, '0', static_cast<int32_t>(piece.zerosAfter))) {
+            return false;
+        }
+    }
+    return Fill(context, ' ', trailing);
+}
+
 bool EditReal(LocalContext* context, const void* item) {
     FormatState& f = context->fmt;
-    char buffer[kRealFieldBytes];
-    int32_t length = 0;
-    const char* text = nullptr;
+    RealField field;
+    bool ok = false;
     bool withTrailing = true;
     switch (f.desc) {
-    case VRN_FMT_D: text = FmtRToQED(context, item, f.size, buffer, &f, &length, 'D'), withTrailing = false; break;
-    case VRN_FMT_QWD: text = FmtRToQED(context, item, f.size, buffer, &f, &length, 'Q'), withTrailing = false; break;
-    case VRN_FMT_F: text = FmtRToF(context, item, f.size, buffer, &f, &length); break;
-    case VRN_FMT_E: text = FmtRToQED(context, item, f.size, buffer, &f, &length, 'E'), withTrailing = false; break;
-    case VRN_FMT_EE: text = FmtRToEExp(context, item, f.size, buffer, &f, &length, 'E'), withTrailing = false; break;
-    case VRN_FMT_ED: text = FmtRToEExp(context, item, f.size, buffer, &f, &length, 'D'), withTrailing = false; break;
-    case VRN_FMT_EQ: text = FmtRToEExp(context, item, f.size, buffer, &f, &length, 'Q'), withTrailing = false; break;
-    case VRN_FMT_EN: text = FmtRToEN(context, item, f.size, buffer, &f, &length); break;
-    case VRN_FMT_ENE: text = FmtRToENExp(context, item, f.size, buffer, &f, &length); break;
-    case VRN_FMT_ES: text = FmtRToES(context, item, f.size, buffer, &f, &length); break;
-    case VRN_FMT_ESE: text = FmtRToESExp(context, item, f.size, buffer, &f, &length); break;
+    case VRN_FMT_D: ok = FmtRToQED(context, item, f.size, &field, &f, 'D'), withTrailing = false; break;
+    case VRN_FMT_QWD: ok = FmtRToQED(context, item, f.size, &field, &f, 'Q'), withTrailing = false; break;
+    case VRN_FMT_F: ok = FmtRToF(context, item, f.size, &field, &f); break;
+    case VRN_FMT_E: ok = FmtRToQED(context, item, f.size, &field, &f, 'E'), withTrailing = false; break;
+    case VRN_FMT_EE: ok = FmtRToEExp(context, item, f.size, &field, &f, 'E'), withTrailing = false; break;
+    case VRN_FMT_ED: ok = FmtRToEExp(context, item, f.size, &field, &f, 'D'), withTrailing = false; break;
+    case VRN_FMT_EQ: ok = FmtRToEExp(context, item, f.size, &field, &f, 'Q'), withTrailing = false; break;
+    case VRN_FMT_EN: ok = FmtRToEN(context, item, f.size, &field, &f); break;
+    case VRN_FMT_ENE: ok = FmtRToENExp(context, item, f.size, &field, &f); break;
+    case VRN_FMT_ES: ok = FmtRToES(context, item, f.size, &field, &f); break;
+    case VRN_FMT_ESE: ok = FmtRToESExp(context, item, f.size, &field, &f); break;
     default: return true;
     }
     int32_t trailing = withTrailing ? f.trailingBlanks : 0;
-    if (text == nullptr) {
+    if (!ok) {
         int64_t width = static_cast<int64_t>(f.w) + trailing;
         return Stars(context, width > 0 ? static_cast<int32_t>(width) : 0);
     }
-    return EmitField(context, text, length, f.w, trailing);
+    return EmitRealField(context, field, f.w, trailing);
 }
 
 // ---- One item ----
@@ -390,6 +405,8 @@ void FmtWriteError(LocalContext* context) {
     ErrorHandler(kClassSevere, kKindError, 2, iostat, 0u);
 }
 
-constinit const WriteFmtFunction WriteFmtFns[7] = {_vrnWriteFmt, _vrnWriteFmt, _vrnWriteFmt, _vrnWriteFmt,
+// Not constinit: clang does not take a cast function address as a constant expression,
+// though both compilers still initialise the table statically.
+const WriteFmtFunction WriteFmtFns[7] = {_vrnWriteFmt, _vrnWriteFmt, _vrnWriteFmt, _vrnWriteFmt,
                                                   _vrnWriteFmt, _vrnWriteFmt,
                                                   reinterpret_cast<WriteFmtFunction>(reinterpret_cast<void (*)()>(_vrnWriteFmtDT))};
