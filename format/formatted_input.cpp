@@ -406,6 +406,8 @@ void FmtReadError(LocalContext* context) {
     if (answer == kRecover) context->itemsStopped = 1;
 }
 
-constinit const ReadFmtFunction ReadFmtFns[7] = {_vrnReadFmt, _vrnReadFmt, _vrnReadFmt, _vrnReadFmt,
+// Not constinit: clang does not take a cast function address as a constant expression,
+// though both compilers still initialise the table statically.
+const ReadFmtFunction ReadFmtFns[7] = {_vrnReadFmt, _vrnReadFmt, _vrnReadFmt, _vrnReadFmt,
                                                 _vrnReadFmt, _vrnReadFmt,
                                                 reinterpret_cast<ReadFmtFunction>(reinterpret_cast<void (*)()>(_vrnReadFmtDT))};

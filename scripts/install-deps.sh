@@ -6,6 +6,7 @@ packages=(cmake ninja-build g++ gcc ccache googletest libbenchmark-dev g++-power
           qemu-user-static libc-bin
           dpkg-dev pkgconf  # the Debian packages' dependencies, and the consumer builds
           libopenblas-dev   # OpenBLAS: the MATMUL benchmark's peer, never linked into the library
+          clang libclang-rt-14-dev  # the libFuzzer harnesses
           gfortran)         # the peer of benchmarks and the oracle of the formatted-output test
 missing=()
 for package in "${packages[@]}"; do

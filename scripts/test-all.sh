@@ -2,7 +2,9 @@
 # Installs what is missing, builds the host, sanitizer, thread-sanitizer and PowerPC
 # configurations, and runs every test of each (the thread-sanitizer one: the threaded
 # intrinsics; the PowerPC ones under qemu); on the host also builds the Debian packages
-# and tries them. Exits non-zero on any failure.
+# and tries them, and builds the libFuzzer harnesses with clang and runs each a few seconds
+# from its seeds, so that a harness that no longer builds or a known crash fails here.
+# Exits non-zero on any failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -30,5 +32,7 @@ for preset in host sanitize tsan ppc; do
     scripts/package-test.sh build/host || status=1
   fi
 done
+echo "== fuzz: build the harnesses and run each from its seeds"
+scripts/fuzz.sh 5 || status=1
 echo "== all builds and tests took $((SECONDS - start)) s"
 exit $status

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <vector>
 
 #include "format/descriptor_table.h"
 #include "format/encoded_format.h"
@@ -63,13 +62,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     answer = data[2] & 1 ? 1 : (data[2] & 2 ? 0 : 5);
     if (data[2] & 0x80) answer = 1;
     // Exactly the text's bytes on the heap, so that a read past them is caught.
-    std::vector<char> text(data + 3, data + size);
-    auto* exact = static_cast<char*>(std::malloc(text.size() + 1));
-    std::memcpy(exact, text.data(), text.size());
+    size_t length = size - 3;
+    auto* exact = static_cast<char*>(std::malloc(length + 1));
+    if (length > 0) std::memcpy(exact, data + 3, length);
     void* code = nullptr;
     int32_t bytes = 0, count = 0;
     VrnFormatExpression* expressions = nullptr;
-    intptr_t result = _vrnencodeformat(exact, static_cast<int32_t>(text.size()), flags, Callback, &count,
+    intptr_t result = _vrnencodeformat(exact, static_cast<int32_t>(length), flags, Callback, &count,
                                        &expressions, &code, &bytes);
     std::free(exact);
     if (result != 1) {
@@ -79,6 +78,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     bool compileTime = flags & VRN_FMT_COMPILE_TIME;
     bool wide = _vrnEncodingMode(code) == 2;
     if (wide != ((flags & 0x201u) == 0x201u) || (!wide && _vrnEncodingMode(code) != 1)) std::abort();
+    // A compile-time code goes into an object file: packed, with no Cont address.
+    if (compileTime && (wide ? static_cast<int64_t*>(code)[VRN_FMT_HEADER_FIRST_CONT]
+                             : static_cast<int32_t*>(code)[VRN_FMT_HEADER_FIRST_CONT]) != 0) {
+        std::abort();
+    }
     if (count > 0 && (expressions == nullptr || !(flags & VRN_FMT_EXPRESSIONS))) std::abort();
     for (int32_t i = 0; i < count; ++i) {
         if (expressions[i].byteOffset < -1 || expressions[i].byteOffset >= bytes) std::abort();

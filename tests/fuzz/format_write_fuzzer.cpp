@@ -80,5 +80,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (int i = 0; i < 16; ++i) {
         if (area[i] != '#' || area[sizeof area - 1 - i] != '#') std::abort();
     }
+    // Every byte of the records is a field's character, one the format text holds or one of
+    // an item's own bytes (A editing of any type copies them), never one from elsewhere.
+    bool known[256] = {};
+    auto allow = [&](const void* bytes, size_t count) {
+        for (size_t i = 0; i < count; ++i) known[static_cast<const unsigned char*>(bytes)[i]] = true;
+    };
+    allow(format.data(), format.size());
+    allow(data + 1, 21);
+    allow(pair, sizeof pair);
+    allow(complexValue, sizeof complexValue);
+    for (int32_t i = 16; i < 16 + kRecord * kRecords; ++i) {
+        auto byte = static_cast<unsigned char>(area[i]);
+        if ((byte < 0x20 || byte > 0x7E) && !known[byte]) std::abort();
+    }
     return 0;
 }
