@@ -80,13 +80,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (int i = 0; i < 16; ++i) {
         if (area[i] != '#' || area[sizeof area - 1 - i] != '#') std::abort();
     }
-    // Every byte of the records is a field's character, one the format text holds or one of
-    // an item's own bytes (A editing of any type copies them), never one from elsewhere.
+    // Every byte of the records is a field's character, one the format text holds (escapes
+    // included) or one of an item's own bytes (A editing of any type copies them), never one
+    // from elsewhere.
     bool known[256] = {};
     auto allow = [&](const void* bytes, size_t count) {
         for (size_t i = 0; i < count; ++i) known[static_cast<const unsigned char*>(bytes)[i]] = true;
     };
     allow(format.data(), format.size());
+    if (format.find('\\') != std::string::npos) allow("\n\r\t\b\f", 6);  // backslash escapes, NUL too
     allow(data + 1, 21);
     allow(pair, sizeof pair);
     allow(complexValue, sizeof complexValue);
