@@ -747,6 +747,158 @@ void _vrmxcg(ResultRecord* result, const void* source, int32_t dim, const void* 
     const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
 void _vrmncg(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
     const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+/* Location searches. The result holds subscripts counted from 1 whatever the source's lower
+ * bounds, 0 where nothing was found, at the INTEGER kind compiled code preset in the result
+ * RTD's element_len (1, 2, 4 or 8; 4 when it set none); its shape is the one _vrhaszg or,
+ * without DIM, _vrlaszg gives. hasDim, hasMask tell by bit 0 whether DIM and MASK are
+ * present, and back is BACK's value (bit 0); MASK is a logical array of any kind or a scalar.
+ *   MAXLOC (ARRAY [, DIM] [, MASK])          _vrmxloc<t>g (result, ARRAY, DIM, MASK, ARRAY's RTD,
+ *                                             MASK's RTD, hasDim, hasMask)
+ *   MAXLOC (ARRAY [, DIM] [, MASK], BACK=b)  _vrmxlocwback<t>g (the same, b)
+ *   MINLOC                                   _vrmnloc<t>g, _vrmnlocwback<t>g, likewise
+ * for <t> of c i1 i2 i4 i8 r4 r8 r16. */
+void _vrmxloccg(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxlocwbackcg(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmxloci1g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxlocwbacki1g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmxloci2g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxlocwbacki2g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmxloci4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxlocwbacki4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmxloci8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxlocwbacki8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmxlocr4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxlocwbackr4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmxlocr8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxlocwbackr8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmxlocr16g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmxlocwbackr16g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmnloccg(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmnlocwbackcg(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmnloci1g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmnlocwbacki1g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmnloci2g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmnlocwbacki2g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmnloci4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmnlocwbacki4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmnloci8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmnlocwbacki8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmnlocr4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmnlocwbackr4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmnlocr8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmnlocwbackr8g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+void _vrmnlocr16g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrmnlocwbackr16g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t back);
+/* MAXLOC and MINLOC of any type they take, chosen by the source RTD's data type and length:
+ * with DIM optional (h) and without DIM (l); a (MAXLOC) and z (MINLOC); no BACK. */
+void _vrhai4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrhzi4g(ResultRecord* result, const void* source, int32_t dim, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask);
+void _vrlai4g(ResultRecord* result, const void* source, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasMask);
+void _vrlzi4g(ResultRecord* result, const void* source, const void* mask, const RTDArray* sourceRtd,
+    const RTDArray* maskRtd, int32_t hasMask);
+/* FINDLOC (ARRAY, VALUE [, DIM] [, MASK])   _vrfindloc<t>g (result, ARRAY, address of VALUE, DIM,
+ *                                           MASK, ARRAY's RTD, MASK's RTD, hasDim, hasMask,
+ *                                           valueLength)
+ * FINDLOC (..., BACK=b)                     _vrfindlocwback<t>g (the same, b)
+ * for <t> of c i1 i2 i4 i8 l1 l2 l4 l8 r4 r8 r16 x8 x16 x32. VALUE has the array's type and
+ * kind, converted by compiled code where Fortran allows another, except a CHARACTER VALUE of
+ * any length and a LOGICAL VALUE of any kind, whose length in bytes is valueLength (for a
+ * LOGICAL, 0 means the array's kind); other types ignore valueLength. */
+void _vrfindloccg(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbackcg(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindloci1g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbacki1g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindloci2g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbacki2g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindloci4g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbacki4g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindloci8g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbacki8g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindlocl1g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbackl1g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindlocl2g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbackl2g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindlocl4g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbackl4g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindlocl8g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbackl8g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindlocr4g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbackr4g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindlocr8g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbackr8g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindlocr16g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbackr16g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindlocx8g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbackx8g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindlocx16g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbackx16g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+void _vrfindlocx32g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
+void _vrfindlocwbackx32g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
+    const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
 /* ALL, ANY (digit: LOGICAL kind) and COUNT (digit: INTEGER kind of the result). */
 void _vrall1(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
 void _vrall2(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);

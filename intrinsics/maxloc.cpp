@@ -1,0 +1,177 @@
+// MAXLOC and MINLOC: one search over an order of the element type, for the largest or the
+// smallest element, the first of equal ones or with BACK the last. A NaN never wins a
+// comparison; when every element considered is a NaN the answer is the first of them (the
+// last with BACK), and when none is considered it is 0.
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "convert/double_double.h"
+#include "core/export.h"
+#include "intrinsics/location_search.h"
+
+namespace {
+
+template <typename T>
+struct NumberOrder {
+    using Value = T;
+    Value Read(const unsigned char* element) const { return Load<T>(element, 0); }
+    bool Less(const T& a, const T& b) const { return a < b; }
+    bool IsNaN(const T& x) const {
+        if constexpr (std::is_floating_point_v<T>) return std::isnan(x);
+        return false;
+    }
+};
+
+struct PairOrder {
+    using Value = DoubleDouble;
+    Value Read(const unsigned char* element) const { return Load<DoubleDouble>(element, 0); }
+    bool Less(const Value& a, const Value& b) const { return PairLess(a, b); }
+    bool IsNaN(const Value& x) const { return std::isnan(x.hi) || std::isnan(x.lo); }
+};
+
+// The collating sequence of the bytes, the shorter string extended with blanks.
+struct CharacterOrder {
+    using Value = const unsigned char*;
+    int32_t length = 0;
+    Value Read(const unsigned char* element) const { return element; }
+    bool Less(Value a, Value b) const { return CompareBlankPadded(a, length, b, length) < 0; }
+    bool IsNaN(Value) const { return false; }
+};
+
+template <typename Order, bool Maximum, bool Back>
+struct ExtremumSearch {
+    using Value = typename Order::Value;
+    Order order{};
+    Value best{};
+    int64_t where = 0;
+    int64_t nanWhere = 0;
+
+    bool Consider(const unsigned char* element, int64_t position) {
+        Value x = order.Read(element);
+        if (where != 0) {
+            if (Wins(x)) {
+                best = x;
+                where = position;
+            }
+        } else if (!order.IsNaN(x)) {
+            best = x;
+            where = position;
+        } else if (nanWhere == 0 || Back) {
+            nanWhere = position;
+        }
+        return true;
+    }
+
+    // Without BACK only a better element replaces the first extremum, with BACK an equal one
+    // does too; a NaN does neither.
+    bool Wins(const Value& x) const {
+        const Value& below = Maximum ? best : x;
+        const Value& above = Maximum ? x : best;
+        if constexpr (Back) return !order.Less(above, below) && !order.IsNaN(x);
+        return order.Less(below, above);
+    }
+
+    int64_t Location() const { return where != 0 ? where : nanWhere; }
+};
+
+// The order of a source: a character one compares at the source's length.
+template <typename Order>
+Order OrderOf(const RTDArray*) {
+    return {};
+}
+template <>
+CharacterOrder OrderOf<CharacterOrder>(const RTDArray* source) {
+    return {EffectiveLength(source)};
+}
+
+template <typename Order, bool Maximum>
+void Extremum(const LocationArguments& arguments, int32_t back) {
+    Order order = OrderOf<Order>(arguments.sourceRtd);
+    if (back & 1) {
+        RunLocationSearch(arguments, ExtremumSearch<Order, Maximum, true>{order});
+    } else {
+        RunLocationSearch(arguments, ExtremumSearch<Order, Maximum, false>{order});
+    }
+}
+
+LocationArguments Arguments(ResultRecord* result, const void* source, int32_t dim, const void* mask,
+                            const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask) {
+    return {result, source, sourceRtd, dim, (hasDim & 1) != 0, mask, maskRtd, (hasMask & 1) != 0};
+}
+
+// The entries that take the element type from the source's RTD.
+template <bool Maximum>
+void ByDescriptor(const LocationArguments& arguments) {
+    const RTDArray* rtd = arguments.sourceRtd;
+    int32_t length = EffectiveLength(rtd);
+    switch (rtd->header.data_type) {
+    case RTD_TYPE_INTEGER:
+    case RTD_TYPE_BYTE:
+        switch (length) {
+        case 1: return Extremum<NumberOrder<int8_t>, Maximum>(arguments, 0);
+        case 2: return Extremum<NumberOrder<int16_t>, Maximum>(arguments, 0);
+        case 4: return Extremum<NumberOrder<int32_t>, Maximum>(arguments, 0);
+        case 8: return Extremum<NumberOrder<int64_t>, Maximum>(arguments, 0);
+        }
+        break;
+    case RTD_TYPE_REAL:
+        switch (length) {
+        case 4: return Extremum<NumberOrder<float>, Maximum>(arguments, 0);
+        case 8: return Extremum<NumberOrder<double>, Maximum>(arguments, 0);
+        case 16: return Extremum<PairOrder, Maximum>(arguments, 0);
+        }
+        break;
+    case RTD_TYPE_CHARACTER: return Extremum<CharacterOrder, Maximum>(arguments, 0);
+    }
+    _vrmerr1(rtd);  // a type MAXLOC and MINLOC do not take
+}
+
+}  // namespace
+
+// ---- The exported names ----
+
+#define VRN_LOCATION(prefix, letters, order, maximum)                                                            \
+    VRN_EXPORT void prefix##letters##g(ResultRecord* result, const void* source, int32_t dim, const void* mask,     \
+                                       const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim,           \
+                                       int32_t hasMask) {                                                            \
+        Extremum<order, maximum>(Arguments(result, source, dim, mask, sourceRtd, maskRtd, hasDim, hasMask), 0);    \
+    }                                                                                                                \
+    VRN_EXPORT void prefix##wback##letters##g(ResultRecord* result, const void* source, int32_t dim,                \
+                                              const void* mask, const RTDArray* sourceRtd, const RTDArray* maskRtd, \
+                                              int32_t hasDim, int32_t hasMask, int32_t back) {                      \
+        Extremum<order, maximum>(Arguments(result, source, dim, mask, sourceRtd, maskRtd, hasDim, hasMask), back); \
+    }
+
+#define VRN_LOCATIONS(prefix, maximum)                       \
+    VRN_LOCATION(prefix, c, CharacterOrder, maximum)         \
+    VRN_LOCATION(prefix, i1, NumberOrder<int8_t>, maximum)   \
+    VRN_LOCATION(prefix, i2, NumberOrder<int16_t>, maximum)  \
+    VRN_LOCATION(prefix, i4, NumberOrder<int32_t>, maximum)  \
+    VRN_LOCATION(prefix, i8, NumberOrder<int64_t>, maximum)  \
+    VRN_LOCATION(prefix, r4, NumberOrder<float>, maximum)    \
+    VRN_LOCATION(prefix, r8, NumberOrder<double>, maximum)   \
+    VRN_LOCATION(prefix, r16, PairOrder, maximum)
+
+VRN_LOCATIONS(_vrmxloc, true)
+VRN_LOCATIONS(_vrmnloc, false)
+#undef VRN_LOCATIONS
+#undef VRN_LOCATION
+
+VRN_EXPORT void _vrhai4g(ResultRecord* result, const void* source, int32_t dim, const void* mask,
+                         const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask) {
+    ByDescriptor<true>(Arguments(result, source, dim, mask, sourceRtd, maskRtd, hasDim, hasMask));
+}
+VRN_EXPORT void _vrhzi4g(ResultRecord* result, const void* source, int32_t dim, const void* mask,
+                         const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask) {
+    ByDescriptor<false>(Arguments(result, source, dim, mask, sourceRtd, maskRtd, hasDim, hasMask));
+}
+VRN_EXPORT void _vrlai4g(ResultRecord* result, const void* source, const void* mask, const RTDArray* sourceRtd,
+                         const RTDArray* maskRtd, int32_t hasMask) {
+    ByDescriptor<true>(Arguments(result, source, 0, mask, sourceRtd, maskRtd, 0, hasMask));
+}
+VRN_EXPORT void _vrlzi4g(ResultRecord* result, const void* source, const void* mask, const RTDArray* sourceRtd,
+                         const RTDArray* maskRtd, int32_t hasMask) {
+    ByDescriptor<false>(Arguments(result, source, 0, mask, sourceRtd, maskRtd, 0, hasMask));
+}
