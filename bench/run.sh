@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench inquire_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench inquire_bench location_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
@@ -30,12 +30,14 @@ peer_dir=$(mktemp -d)
 peer=""
 list_peer=""
 reduction_peer=""
+location_peer=""
 random_peer=""
 matmul_peer=""
 if command -v gfortran >/dev/null; then
   gfortran -O2 bench/peers/records.f90 -o "$peer_dir/records" && peer="$peer_dir/records"
   gfortran -O2 bench/peers/list_write.f90 -o "$peer_dir/list_write" && list_peer="$peer_dir/list_write"
   gfortran -O2 bench/peers/reductions.f90 -o "$peer_dir/reductions" 2>/dev/null && reduction_peer="$peer_dir/reductions"
+  gfortran -O2 bench/peers/locations.f90 -o "$peer_dir/locations" 2>/dev/null && location_peer="$peer_dir/locations"
   gfortran -O2 bench/peers/random.f90 -o "$peer_dir/random" && random_peer="$peer_dir/random"
   gfortran -O2 bench/peers/matmul.f90 -o "$peer_dir/matmul" && matmul_peer="$peer_dir/matmul"
 fi
@@ -45,6 +47,9 @@ build/host/bench/random_bench --benchmark_repetitions=5 --benchmark_report_aggre
 reductions=$(mktemp)
 build/host/bench/reduction_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
   --benchmark_out="$reductions" --benchmark_out_format=json >/dev/null 2>&1
+locations=$(mktemp)
+build/host/bench/location_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$locations" --benchmark_out_format=json >/dev/null 2>&1
 python3 - "$records" "$files" "$input" "$peer" "$peer_dir" "$conversions" "$lists" "$list_peer" <<'PY'
 import json, os, subprocess, sys, time, statistics
 records_json, files_json, input_path, peer, peer_dir, conversions_json, lists_json, list_peer = sys.argv[1:9]
@@ -129,6 +134,29 @@ for label, ours, loop, peer_name in [("SUM, 50M REAL(8)", "SumReal8", "PlainSumR
                                      ("SUM(A, DIM=2), 5000 x 5000 REAL(8)", "SumAlong/2", "PlainSumAlong/2", "sum_dim2")]:
     g = theirs.get(peer_name, float("nan"))
     print(f"{label:34} {gbs(ours):8.2f} {gbs(loop):11.2f} {g:9.2f} {gbs(loop) / gbs(ours):10.2f} {gbs(ours) / g:14.2f}")
+PY
+
+# Location searches: GB/s beside a plain loop over the same memory and gfortran's intrinsics.
+python3 - "$locations" "$location_peer" <<'PY'
+import json, subprocess, sys
+locations_json, peer = sys.argv[1:3]
+runs = {b["run_name"]: b for b in json.load(open(locations_json))["benchmarks"] if b.get("aggregate_name") == "median"}
+gbs = lambda name: runs[name]["bytes_per_second"] / 1e9
+theirs = {}
+if peer:
+    theirs = {line.split()[0]: float(line.split()[1]) for line in subprocess.run([peer], check=True, capture_output=True, text=True).stdout.splitlines() if line.strip()}
+print()
+print(f"{'location search, GB/s':40} {'ours':>8} {'plain loop':>11} {'gfortran':>9} {'ours/loop':>10} {'ours/gfortran':>14}")
+for label, ours, loop, peer_name in [("MAXLOC, 50M REAL(8)", "MaxlocReal8/0", "PlainMaxlocReal8/0", "maxloc_real8"),
+                                     ("MAXLOC, 50M REAL(8), half MASK", "MaxlocReal8/1", "PlainMaxlocReal8/1", "maxloc_real8_mask"),
+                                     ("MAXLOC, 50M INTEGER(4)", "MaxlocInteger4", "PlainMaxlocInteger4", "maxloc_integer4"),
+                                     ("FINDLOC, 50M REAL(8), absent", "FindlocReal8/0", "PlainFindlocReal8/0", "findloc_real8"),
+                                     ("FINDLOC, 50M REAL(8), half MASK", "FindlocReal8/1", "PlainFindlocReal8/1", "findloc_real8_mask"),
+                                     ("FINDLOC, 50M INTEGER(4), absent", "FindlocInteger4", "PlainFindlocInteger4", "findloc_integer4"),
+                                     ("MAXLOC(A, DIM=1), 5000 x 5000 REAL(8)", "MaxlocAlong/1", "PlainMaxlocAlong/1", "maxloc_dim1"),
+                                     ("MAXLOC(A, DIM=2), 5000 x 5000 REAL(8)", "MaxlocAlong/2", "PlainMaxlocAlong/2", "maxloc_dim2")]:
+    g = theirs.get(peer_name, float("nan"))
+    print(f"{label:40} {gbs(ours):8.2f} {gbs(loop):11.2f} {g:9.2f} {gbs(ours) / gbs(loop):10.2f} {gbs(ours) / g:14.2f}")
 PY
 
 # RANDOM_NUMBER: ns per element beside the memory limit and gfortran.

@@ -96,6 +96,26 @@ struct FindSearch {
         where = position;
         return Back;  // a forward search ends at its first match
     }
+    bool Run(const unsigned char* first, int64_t count, int64_t step, int64_t position) {
+        if (!Back && where != 0) return false;
+        if constexpr (Back) {
+            // The last match of the run is the answer so far: look for it from the end.
+            for (int64_t i = count - 1; i >= 0; --i) {
+                if (match.Equals(first + i * step)) {
+                    where = position + i;
+                    return true;
+                }
+            }
+            return true;
+        }
+        for (int64_t i = 0; i < count; ++i) {
+            if (match.Equals(first + i * step)) {
+                where = position + i;
+                return false;
+            }
+        }
+        return true;
+    }
     int64_t Location() const { return where; }
 };
 

@@ -4,14 +4,18 @@
 // exchanged for a smaller stride as the reductions do. Positions count from 1 whatever the
 // lower bounds, and 0 means that no element was found.
 //
-// A Search is a small value: Consider(element, position) takes the next element and returns
-// false once the answer can no longer change; Location() gives the answer. Searches along
-// DIM keep one Search per result element: in registers when DIM is 1, else for a block of
-// dimension 1 at a time, so that the source is still read in the order it lies in memory.
+// A Search is a small value: Consider(element, position) takes the next element, and
+// Run(first, count, step, position) a run of `count` elements `step` bytes apart whose
+// first stands at `position`; both return false once the answer can no longer change.
+// Location() gives the answer. Searches along DIM keep one Search per result element: in
+// a register when DIM is 1, else for a block of dimension 1 at a time, so that the source
+// is still read in the order it lies in memory.
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "intrinsics/array_walk.h"
 #include "intrinsics/frame.h"
@@ -92,19 +96,31 @@ void RunLocationSearch(const LocationArguments& a, const Search& prototype) {
         if (mask.rank == 0) nothingConsidered = !IsTrue(mask.data, mask.length);
         else arrayMask = &mask;
     }
-    auto considered = [&](int64_t maskOffset) { return arrayMask == nullptr || MaskTrue(mask, maskOffset); };
 
     if (!withDim || sourceRank == 1) {
         // One search over the whole array; its linear position becomes the subscripts.
         Search search = prototype;
-        int64_t position = 0;
-        if (!nothingConsidered) {
+        if (!nothingConsidered && arrayMask == nullptr) {
+            // Runs along dimension 1, one for each combination of the others.
+            int32_t dims[kMaxRank];
+            for (int32_t d = 0; d < kMaxRank; ++d) dims[d] = d + 1;
+            Loops rows = LoopsOver(source, nullptr, dims, source.rank > 0 ? source.rank - 1 : 0, nullptr);
+            const int64_t extent = source.extent[0];
+            const int64_t step = int64_t{source.stride[0]} * length;
+            int64_t position = 1;
+            Walk(rows, [&](int64_t s, int64_t, int64_t) {
+                bool more = search.Run(source.data + s * length, extent, step, position);
+                position += extent;
+                return more;
+            });
+        } else if (!nothingConsidered) {
             int32_t dims[kMaxRank];
             for (int32_t d = 0; d < kMaxRank; ++d) dims[d] = d;
             Loops loops = LoopsOver(source, arrayMask, dims, source.rank, nullptr);
+            int64_t position = 0;
             Walk(loops, [&](int64_t s, int64_t k, int64_t) {
                 ++position;
-                return !considered(k) || search.Consider(source.data + s * length, position);
+                return !MaskTrue(mask, k) || search.Consider(source.data + s * length, position);
             });
         }
         int64_t linear = nothingConsidered ? 0 : search.Location();
@@ -140,13 +156,16 @@ void RunLocationSearch(const LocationArguments& a, const Search& prototype) {
     const int64_t axisMaskStride = arrayMask != nullptr ? mask.stride[axis] : 0;
 
     if (axis == 0) {
-        // Each result element is one search along contiguous-most dimension 1, in a register.
+        // Each result element is one search along dimension 1, in a register.
         Loops loops = LoopsOver(source, arrayMask, others, otherCount, otherResultStride);
+        const int64_t step = axisStride * length;
         Walk(loops, [&](int64_t s, int64_t k, int64_t r) {
             Search search = prototype;
-            if (!nothingConsidered) {
+            if (arrayMask == nullptr && !nothingConsidered) {
+                search.Run(source.data + s * length, axisExtent, step, 1);
+            } else if (!nothingConsidered) {
                 for (int64_t j = 0; j < axisExtent; ++j) {
-                    if (!considered(k + j * axisMaskStride)) continue;
+                    if (!MaskTrue(mask, k + j * axisMaskStride)) continue;
                     if (!search.Consider(source.data + (s + j * axisStride) * length, j + 1)) break;
                 }
             }
@@ -155,27 +174,49 @@ void RunLocationSearch(const LocationArguments& a, const Search& prototype) {
         return;
     }
 
-    // DIM above 1: dimension 1 stays innermost, and a block of it keeps its searches side by
-    // side while the walk goes along DIM.
-    constexpr int64_t kBlock = 256;
-    Search searches[kBlock];
+    // DIM above 1: dimension 1 stays innermost, and the searches of all of it (or of a block
+    // of it, when that much memory cannot be had) lie side by side while the walk goes along
+    // DIM, so that the source is read in the order it lies in memory.
     const int64_t innerExtent = source.extent[0];
-    const int64_t innerStride = source.stride[0];
+    constexpr int64_t kStackBlock = 256;
+    Search onStack[kStackBlock];
+    Search* searches = onStack;
+    int64_t block = kStackBlock;
+    if (innerExtent > kStackBlock) {
+        auto* room = static_cast<Search*>(std::malloc(static_cast<size_t>(innerExtent) * sizeof(Search)));
+        if (room != nullptr) {
+            std::uninitialized_fill_n(room, innerExtent, prototype);
+            searches = room;
+            block = innerExtent;
+        }
+    }
+    struct Release {
+        void* room;
+        ~Release() { std::free(room); }
+    } release{searches != onStack ? searches : nullptr};
+    const int64_t innerStep = int64_t{source.stride[0]} * length;
     const int64_t innerMaskStride = arrayMask != nullptr ? mask.stride[0] : 0;
     const int64_t innerResultStride = otherResultStride[0];
     Loops loops = LoopsOver(source, arrayMask, others + 1, otherCount - 1, otherResultStride + 1);
     Walk(loops, [&](int64_t s, int64_t k, int64_t r) {
-        for (int64_t start = 0; start < innerExtent; start += kBlock) {
-            const int64_t count = innerExtent - start < kBlock ? innerExtent - start : kBlock;
+        for (int64_t start = 0; start < innerExtent; start += block) {
+            const int64_t count = innerExtent - start < block ? innerExtent - start : block;
             for (int64_t i = 0; i < count; ++i) searches[i] = prototype;
-            if (!nothingConsidered) {
-                for (int64_t j = 0; j < axisExtent; ++j) {
-                    const int64_t row = s + start * innerStride + j * axisStride;
+            for (int64_t j = 0; j < axisExtent && !nothingConsidered; ++j) {
+                const unsigned char* row = source.data + (s + j * axisStride) * length + start * innerStep;
+                if (arrayMask == nullptr) {
+                    // Locals and a moving pointer: the stores into the searches could alias
+                    // anything the loop would otherwise read back from memory.
+                    const int64_t step = innerStep;
+                    const int64_t position = j + 1;
+                    const unsigned char* element = row;
+                    for (Search* search = searches; search != searches + count; ++search, element += step) {
+                        search->Consider(element, position);
+                    }
+                } else {
                     const int64_t maskRow = k + start * innerMaskStride + j * axisMaskStride;
                     for (int64_t i = 0; i < count; ++i) {
-                        if (considered(maskRow + i * innerMaskStride)) {
-                            searches[i].Consider(source.data + (row + i * innerStride) * length, j + 1);
-                        }
+                        if (MaskTrue(mask, maskRow + i * innerMaskStride)) searches[i].Consider(row + i * innerStep, j + 1);
                     }
                 }
             }

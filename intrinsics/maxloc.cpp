@@ -43,37 +43,56 @@ struct CharacterOrder {
 template <typename Order, bool Maximum, bool Back>
 struct ExtremumSearch {
     using Value = typename Order::Value;
-    Order order{};
+    [[no_unique_address]] Order order{};
     Value best{};
+    // The position of `best`; while only NaNs have come, minus the position of the NaN that
+    // answers so far. Searches along DIM lie side by side, so they are kept this small.
     int64_t where = 0;
-    int64_t nanWhere = 0;
 
     bool Consider(const unsigned char* element, int64_t position) {
         Value x = order.Read(element);
-        if (where != 0) {
-            if (Wins(x)) {
+        if (where > 0) {
+            if (Wins(x, best)) {
                 best = x;
                 where = position;
             }
         } else if (!order.IsNaN(x)) {
             best = x;
             where = position;
-        } else if (nanWhere == 0 || Back) {
-            nanWhere = position;
+        } else if (where == 0 || Back) {
+            where = -position;
         }
+        return true;
+    }
+
+    bool Run(const unsigned char* first, int64_t count, int64_t step, int64_t position) {
+        int64_t i = 0;
+        for (; where <= 0 && i < count; ++i) Consider(first + i * step, position + i);
+        // From the first number on, the extremum stays in registers.
+        Value b = best;
+        int64_t w = where;
+        for (; i < count; ++i) {
+            Value x = order.Read(first + i * step);
+            if (Wins(x, b)) {
+                b = x;
+                w = position + i;
+            }
+        }
+        best = b;
+        where = w;
         return true;
     }
 
     // Without BACK only a better element replaces the first extremum, with BACK an equal one
     // does too; a NaN does neither.
-    bool Wins(const Value& x) const {
-        const Value& below = Maximum ? best : x;
-        const Value& above = Maximum ? x : best;
+    bool Wins(const Value& x, const Value& current) const {
+        const Value& below = Maximum ? current : x;
+        const Value& above = Maximum ? x : current;
         if constexpr (Back) return !order.Less(above, below) && !order.IsNaN(x);
         return order.Less(below, above);
     }
 
-    int64_t Location() const { return where != 0 ? where : nanWhere; }
+    int64_t Location() const { return where >= 0 ? where : -where; }
 };
 
 // The order of a source: a character one compares at the source's length.
