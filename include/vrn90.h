@@ -899,6 +899,263 @@ void _vrfindlocx32g(ResultRecord* result, const void* source, const void* value,
     const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength);
 void _vrfindlocwbackx32g(ResultRecord* result, const void* source, const void* value, int32_t dim, const void* mask,
     const RTDArray* sourceRtd, const RTDArray* maskRtd, int32_t hasDim, int32_t hasMask, int32_t valueLength, int32_t back);
+/* Data movement, for <t> of c i1 i2 i4 i8 l1 l2 l4 l8 r4 r8 r16 x8 x16 x32 (a character
+ * element has the length of its RTD). An array argument is its data and its RTD; an
+ * argument that may be a scalar or an array (SHIFT, BOUNDARY, FIELD, MERGE's operands, a
+ * PACK MASK) is the same, with a scalar RTD holding element_len (RTD_SCALAR_CHAR, or
+ * RTD_SCALAR of version 2). Optional arguments have a presence flag (bit 0); MASKs are
+ * logicals of any kind, SHIFT, ORDER and SHAPE integers of any kind. The result is built
+ * as the sizing function of the family says when it is not allocated.
+ *   CSHIFT (ARRAY, SHIFT [, DIM])                _vrcs<t> (result, ARRAY, SHIFT, DIM, ARRAY's RTD,
+ *                                                SHIFT's RTD, hasDim)
+ *   EOSHIFT (ARRAY, SHIFT [, BOUNDARY] [, DIM])  _vres<t>g (result, ARRAY, SHIFT, BOUNDARY, DIM,
+ *                                                ARRAY's, SHIFT's and BOUNDARY's RTD, hasBoundary,
+ *                                                hasDim); no BOUNDARY: zero, false or blanks
+ *   TRANSPOSE (MATRIX)                           _vrts<t> (result, MATRIX, MATRIX's RTD)
+ *   RESHAPE (SOURCE, SHAPE [, PAD] [, ORDER])    _vrrs<t>g (result, SOURCE, SHAPE, PAD, ORDER,
+ *                                                their four RTDs, hasPad, hasOrder)
+ *   SPREAD (SOURCE, DIM, NCOPIES)                _vrsp<t> (result, SOURCE, DIM, NCOPIES, SOURCE's RTD)
+ *   PACK (ARRAY, MASK [, VECTOR])                _vrpk<t>g (result, ARRAY, MASK, VECTOR, their three
+ *                                                RTDs, hasVector); without VECTOR the result's
+ *                                                extent is set to the elements packed, in the
+ *                                                room _vrpkszg gives (or the caller provided)
+ *   UNPACK (VECTOR, MASK, FIELD)                 _vrup<t> (result, VECTOR, MASK, FIELD, their three
+ *                                                RTDs); _vrups the same for any type, moving
+ *                                                elements of VECTOR's length
+ *   MERGE (TSOURCE, FSOURCE, MASK)               _vrmr<t> (result, TSOURCE, FSOURCE, MASK, their
+ *                                                three RTDs)
+ *   TRANSFER (SOURCE, MOLD [, SIZE])             _vrtfi1 (result, SOURCE, MOLD, SIZE, SOURCE's and
+ *                                                MOLD's RTD, hasSize); bytes past the source's
+ *                                                are zero */
+void _vrcsc(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vrescg(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsc(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrscg(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspc(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpkcg(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupc(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmrc(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsi1(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresi1g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsi1(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsi1g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspi1(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpki1g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupi1(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmri1(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsi2(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresi2g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsi2(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsi2g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspi2(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpki2g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupi2(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmri2(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsi4(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresi4g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsi4(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsi4g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspi4(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpki4g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupi4(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmri4(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsi8(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresi8g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsi8(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsi8g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspi8(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpki8g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupi8(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmri8(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsl1(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresl1g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsl1(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsl1g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspl1(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpkl1g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupl1(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmrl1(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsl2(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresl2g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsl2(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsl2g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspl2(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpkl2g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupl2(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmrl2(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsl4(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresl4g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsl4(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsl4g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspl4(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpkl4g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupl4(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmrl4(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsl8(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresl8g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsl8(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsl8g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspl8(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpkl8g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupl8(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmrl8(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsr4(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresr4g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsr4(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsr4g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspr4(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpkr4g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupr4(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmrr4(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsr8(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresr8g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsr8(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsr8g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspr8(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpkr8g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupr8(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmrr8(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsr16(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresr16g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsr16(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsr16g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspr16(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpkr16g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupr16(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmrr16(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsx8(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresx8g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsx8(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsx8g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspx8(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpkx8g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupx8(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmrx8(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsx16(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresx16g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsx16(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsx16g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspx16(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpkx16g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupx16(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmrx16(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrcsx32(ResultRecord* result, const void* array, const void* shift, int32_t dim, const RTDArray* arrayRtd,
+    const RTDArray* shiftRtd, int32_t hasDim);
+void _vresx32g(ResultRecord* result, const void* array, const void* shift, const void* boundary, int32_t dim,
+    const RTDArray* arrayRtd, const RTDArray* shiftRtd, const RTDArray* boundaryRtd, int32_t hasBoundary, int32_t hasDim);
+void _vrtsx32(ResultRecord* result, const void* matrix, const RTDArray* matrixRtd);
+void _vrrsx32g(ResultRecord* result, const void* source, const void* shape, const void* pad, const void* order,
+    const RTDArray* sourceRtd, const RTDArray* shapeRtd, const RTDArray* padRtd, const RTDArray* orderRtd,
+    int32_t hasPad, int32_t hasOrder);
+void _vrspx32(ResultRecord* result, const void* source, int32_t dim, int32_t ncopies, const RTDArray* sourceRtd);
+void _vrpkx32g(ResultRecord* result, const void* array, const void* mask, const void* vector,
+    const RTDArray* arrayRtd, const RTDArray* maskRtd, const RTDArray* vectorRtd, int32_t hasVector);
+void _vrupx32(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrmrx32(ResultRecord* result, const void* tsource, const void* fsource, const void* mask,
+    const RTDArray* tsourceRtd, const RTDArray* fsourceRtd, const RTDArray* maskRtd);
+void _vrups(ResultRecord* result, const void* vector, const void* mask, const void* field,
+    const RTDArray* vectorRtd, const RTDArray* maskRtd, const RTDArray* fieldRtd);
+void _vrtfi1(ResultRecord* result, const void* source, const void* mold, int32_t size, const RTDArray* sourceRtd,
+    const RTDArray* moldRtd, int32_t hasSize);
 /* ALL, ANY (digit: LOGICAL kind) and COUNT (digit: INTEGER kind of the result). */
 void _vrall1(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
 void _vrall2(ResultRecord* result, const void* source, int32_t dim, const RTDArray* sourceRtd, int32_t hasDim);
