@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench inquire_bench location_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench inquire_bench location_bench movement_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
@@ -31,6 +31,7 @@ peer=""
 list_peer=""
 reduction_peer=""
 location_peer=""
+movement_peer=""
 random_peer=""
 matmul_peer=""
 if command -v gfortran >/dev/null; then
@@ -38,6 +39,7 @@ if command -v gfortran >/dev/null; then
   gfortran -O2 bench/peers/list_write.f90 -o "$peer_dir/list_write" && list_peer="$peer_dir/list_write"
   gfortran -O2 bench/peers/reductions.f90 -o "$peer_dir/reductions" 2>/dev/null && reduction_peer="$peer_dir/reductions"
   gfortran -O2 bench/peers/locations.f90 -o "$peer_dir/locations" 2>/dev/null && location_peer="$peer_dir/locations"
+  gfortran -O2 bench/peers/movement.f90 -o "$peer_dir/movement" 2>/dev/null && movement_peer="$peer_dir/movement"
   gfortran -O2 bench/peers/random.f90 -o "$peer_dir/random" && random_peer="$peer_dir/random"
   gfortran -O2 bench/peers/matmul.f90 -o "$peer_dir/matmul" && matmul_peer="$peer_dir/matmul"
 fi
@@ -50,6 +52,9 @@ build/host/bench/reduction_bench --benchmark_repetitions=5 --benchmark_report_ag
 locations=$(mktemp)
 build/host/bench/location_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
   --benchmark_out="$locations" --benchmark_out_format=json >/dev/null 2>&1
+movements=$(mktemp)
+build/host/bench/movement_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$movements" --benchmark_out_format=json >/dev/null 2>&1
 python3 - "$records" "$files" "$input" "$peer" "$peer_dir" "$conversions" "$lists" "$list_peer" <<'PY'
 import json, os, subprocess, sys, time, statistics
 records_json, files_json, input_path, peer, peer_dir, conversions_json, lists_json, list_peer = sys.argv[1:9]
@@ -157,6 +162,34 @@ for label, ours, loop, peer_name in [("MAXLOC, 50M REAL(8)", "MaxlocReal8/0", "P
                                      ("MAXLOC(A, DIM=2), 5000 x 5000 REAL(8)", "MaxlocAlong/2", "PlainMaxlocAlong/2", "maxloc_dim2")]:
     g = theirs.get(peer_name, float("nan"))
     print(f"{label:40} {gbs(ours):8.2f} {gbs(loop):11.2f} {g:9.2f} {gbs(ours) / gbs(loop):10.2f} {gbs(ours) / g:14.2f}")
+PY
+
+# Data movement: GB/s beside a memcpy of the same bytes (or a plain loop, where a mask is
+# read) and gfortran's intrinsics.
+python3 - "$movements" "$movement_peer" <<'PY'
+import json, subprocess, sys
+movements_json, peer = sys.argv[1:3]
+runs = {b["run_name"]: b for b in json.load(open(movements_json))["benchmarks"] if b.get("aggregate_name") == "median"}
+gbs = lambda name: runs[name]["bytes_per_second"] / 1e9
+theirs = {}
+if peer:
+    theirs = {line.split()[0]: float(line.split()[1]) for line in subprocess.run([peer], check=True, capture_output=True, text=True).stdout.splitlines() if line.strip()}
+print()
+print(f"{'data movement, GB/s, REAL(8)':40} {'ours':>8} {'limit':>8} {'limit is':>11} {'limit/ours':>11} {'gfortran':>9} {'ours/gfortran':>14}")
+for label, ours, limit, peer_name in [("TRANSPOSE 4000 x 4000", "Transpose", "MemoryCopy", "transpose"),
+                                      ("CSHIFT DIM=1, 5000 x 5000", "Cshift/1", "MemoryCopy", "cshift_dim1"),
+                                      ("CSHIFT DIM=2, 5000 x 5000", "Cshift/2", "MemoryCopy", "cshift_dim2"),
+                                      ("EOSHIFT DIM=1, 5000 x 5000", "Eoshift/1", "MemoryCopy", "eoshift_dim1"),
+                                      ("EOSHIFT DIM=2, 5000 x 5000", "Eoshift/2", "MemoryCopy", "eoshift_dim2"),
+                                      ("RESHAPE 25M to 5000 x 5000", "Reshape", "MemoryCopy", "reshape"),
+                                      ("SPREAD 5000 to DIM=1", "Spread/1", "MemoryCopy", "spread_dim1"),
+                                      ("SPREAD 5000 to DIM=2", "Spread/2", "MemoryCopy", "spread_dim2"),
+                                      ("MERGE 5000 x 5000, half MASK", "Merge", "PlainMerge", "merge"),
+                                      ("PACK 50M, half MASK", "Pack", "PlainPack", "pack"),
+                                      ("UNPACK 50M, half MASK", "Unpack", "PlainUnpack", "unpack")]:
+    g = theirs.get(peer_name, float("nan"))
+    kind = "memcpy" if limit == "MemoryCopy" else "plain loop"
+    print(f"{label:40} {gbs(ours):8.2f} {gbs(limit):8.2f} {kind:>11} {gbs(limit) / gbs(ours):11.2f} {g:9.2f} {gbs(ours) / g:14.2f}")
 PY
 
 # RANDOM_NUMBER: ns per element beside the memory limit and gfortran.

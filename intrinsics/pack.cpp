@@ -31,13 +31,12 @@ void Pack(ResultRecord* record, const void* arrayData, const void* maskData, con
             for (; packed < elements.size(); ++packed) CopyElement<Width>(result + packed * step, elements.Next(), length);
         }
     } else if (Width > 0 && Contiguous(array) && Contiguous(mask) && out.stride[0] == 1) {
-        // Every element is stored and the count moves on by its truth: no branch to mispredict.
         const int64_t count = ElementCount(array);
         const int32_t truthLength = mask.length;
-        const int64_t room = out.extent[0];
         for (int64_t i = 0; i < count; ++i) {
-            if (packed < room) CopyElement<Width>(result + packed * Width, array.data + i * Width, Width);
-            packed += IsTrue(mask.data + i * truthLength, truthLength);
+            if (IsTrue(mask.data + i * truthLength, truthLength)) {
+                CopyElement<Width>(result + packed++ * Width, array.data + i * Width, Width);
+            }
         }
     } else {
         int64_t strides[2][kMaxRank];

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr int64_t kTile = 32;
+constexpr int64_t kTile = 64;
 
 template <int Width>
 void Transpose(ResultRecord* record, const void* matrixData, const RTDArray* matrixRtd) {
@@ -17,15 +17,17 @@ void Transpose(ResultRecord* record, const void* matrixData, const RTDArray* mat
     const int64_t bytes = out.length;
     const int64_t rows = matrix.extent[0], columns = matrix.extent[1];
     const int64_t m0 = matrix.stride[0], m1 = matrix.stride[1], r0 = out.stride[0], r1 = out.stride[1];
-    for (int64_t i0 = 0; i0 < rows; i0 += kTile) {
-        const int64_t i1 = i0 + kTile < rows ? i0 + kTile : rows;
-        for (int64_t j0 = 0; j0 < columns; j0 += kTile) {
-            const int64_t j1 = j0 + kTile < columns ? j0 + kTile : columns;
-            // Along the result's rows, which are the matrix's columns.
-            for (int64_t i = i0; i < i1; ++i) {
-                for (int64_t j = j0; j < j1; ++j) {
-                    CopyElement<Width>(result + (j * r0 + i * r1) * bytes, matrix.data + (i * m0 + j * m1) * bytes,
-                                       static_cast<int32_t>(bytes));
+    // Tiles of the matrix, read down its columns, which lie in memory order, and written
+    // along the result's rows; 64 x 64 measured best for REAL(8) here.
+    for (int64_t j0 = 0; j0 < columns; j0 += kTile) {
+        const int64_t j1 = j0 + kTile < columns ? j0 + kTile : columns;
+        for (int64_t i0 = 0; i0 < rows; i0 += kTile) {
+            const int64_t i1 = i0 + kTile < rows ? i0 + kTile : rows;
+            for (int64_t j = j0; j < j1; ++j) {
+                const unsigned char* from = matrix.data + (i0 * m0 + j * m1) * bytes;
+                unsigned char* to = result + (j * r0 + i0 * r1) * bytes;
+                for (int64_t i = i0; i < i1; ++i, from += m0 * bytes, to += r1 * bytes) {
+                    CopyElement<Width>(to, from, static_cast<int32_t>(bytes));
                 }
             }
         }
