@@ -8,66 +8,10 @@
 #include <cstring>
 #include <vector>
 
+#include "bench/large_arrays.h"
 #include "vrn90.h"
 
 namespace {
-
-constexpr int32_t kLength = 50'000'000;
-constexpr int32_t kSide = 5000;
-
-struct Descriptor {
-    alignas(8) unsigned char storage[sizeof(RTDArray) + 2 * sizeof(RTDDimension)] = {};
-    RTDArray* rtd = reinterpret_cast<RTDArray*>(storage);
-
-    Descriptor(std::vector<int32_t> extents, int32_t length, uint8_t type) {
-        rtd->header = RTDHeader{RTD_ARRAY, type, RTD_FLAG_IS_ALLOCATED, 1};
-        rtd->element_len = length;
-        rtd->rank = static_cast<int32_t>(extents.size());
-        int32_t running = 1;
-        for (size_t d = 0; d < extents.size(); ++d) {
-            rtd->dims[rtd->rank - 1 - static_cast<int32_t>(d)] = RTDDimension{1, extents[d], running * length};
-            running *= extents[d];
-        }
-    }
-};
-
-// The same values as the gfortran peer: sin(i) * 1000, and (i * 7919 mod 1001) - 500.
-const std::vector<double>& Reals() {
-    static std::vector<double> values = [] {
-        std::vector<double> v(kLength);
-        for (int32_t i = 0; i < kLength; ++i) v[static_cast<size_t>(i)] = std::sin(i) * 1000.0;
-        return v;
-    }();
-    return values;
-}
-
-const std::vector<int32_t>& Integers() {
-    static std::vector<int32_t> values = [] {
-        std::vector<int32_t> v(kLength);
-        for (int32_t i = 0; i < kLength; ++i) {
-            v[static_cast<size_t>(i)] = static_cast<int32_t>(int64_t{i} * 7919 % 1001) - 500;
-        }
-        return v;
-    }();
-    return values;
-}
-
-// LOGICAL(4) true where the real is positive: about half.
-const std::vector<int32_t>& HalfMask() {
-    static std::vector<int32_t> mask = [] {
-        std::vector<int32_t> m(kLength);
-        for (int32_t i = 0; i < kLength; ++i) m[static_cast<size_t>(i)] = Reals()[static_cast<size_t>(i)] > 0;
-        return m;
-    }();
-    return mask;
-}
-
-// The arrays are made before the first timed loop, not inside it.
-void Prepare() {
-    benchmark::DoNotOptimize(Reals().data());
-    benchmark::DoNotOptimize(Integers().data());
-    benchmark::DoNotOptimize(HalfMask().data());
-}
 
 // A result of one INTEGER(4) subscript in the caller's storage.
 ResultRecord ScalarResult(int32_t* answer, int32_t extent) {
@@ -81,7 +25,7 @@ ResultRecord ScalarResult(int32_t* answer, int32_t extent) {
 }
 
 void MaxlocReal8(benchmark::State& state) {
-    Prepare();
+    PrepareArrays();
     Descriptor source({kLength}, 8, RTD_TYPE_REAL);
     Descriptor mask({kLength}, 4, RTD_TYPE_LOGICAL);
     bool masked = state.range(0) != 0;
@@ -96,7 +40,7 @@ void MaxlocReal8(benchmark::State& state) {
 }
 
 void PlainMaxlocReal8(benchmark::State& state) {
-    Prepare();
+    PrepareArrays();
     const double* v = Reals().data();
     const int32_t* m = HalfMask().data();
     bool masked = state.range(0) != 0;
@@ -115,7 +59,7 @@ void PlainMaxlocReal8(benchmark::State& state) {
 }
 
 void MaxlocInteger4(benchmark::State& state) {
-    Prepare();
+    PrepareArrays();
     Descriptor source({kLength}, 4, RTD_TYPE_INTEGER);
     int32_t answer = 0;
     for (auto _ : state) {
@@ -127,7 +71,7 @@ void MaxlocInteger4(benchmark::State& state) {
 }
 
 void PlainMaxlocInteger4(benchmark::State& state) {
-    Prepare();
+    PrepareArrays();
     const int32_t* v = Integers().data();
     for (auto _ : state) {
         int32_t best = INT32_MIN;
@@ -145,7 +89,7 @@ void PlainMaxlocInteger4(benchmark::State& state) {
 
 // FINDLOC of a value that is not there: the whole array is read.
 void FindlocReal8(benchmark::State& state) {
-    Prepare();
+    PrepareArrays();
     Descriptor source({kLength}, 8, RTD_TYPE_REAL);
     Descriptor mask({kLength}, 4, RTD_TYPE_LOGICAL);
     bool masked = state.range(0) != 0;
@@ -161,7 +105,7 @@ void FindlocReal8(benchmark::State& state) {
 }
 
 void PlainFindlocReal8(benchmark::State& state) {
-    Prepare();
+    PrepareArrays();
     const double* v = Reals().data();
     const int32_t* m = HalfMask().data();
     bool masked = state.range(0) != 0;
@@ -181,7 +125,7 @@ void PlainFindlocReal8(benchmark::State& state) {
 }
 
 void FindlocInteger4(benchmark::State& state) {
-    Prepare();
+    PrepareArrays();
     Descriptor source({kLength}, 4, RTD_TYPE_INTEGER);
     const int32_t value = 1000;
     int32_t answer = 0;
@@ -194,7 +138,7 @@ void FindlocInteger4(benchmark::State& state) {
 }
 
 void PlainFindlocInteger4(benchmark::State& state) {
-    Prepare();
+    PrepareArrays();
     const int32_t* v = Integers().data();
     int32_t value = 1000;
     benchmark::DoNotOptimize(value);
@@ -213,7 +157,7 @@ void PlainFindlocInteger4(benchmark::State& state) {
 
 // MAXLOC(A, DIM=d) of the 5000 x 5000 matrix held in the first 25,000,000 reals.
 void MaxlocAlong(benchmark::State& state) {
-    Prepare();
+    PrepareArrays();
     int32_t dim = static_cast<int32_t>(state.range(0));
     Descriptor source({kSide, kSide}, 8, RTD_TYPE_REAL);
     std::vector<int32_t> out(kSide);
@@ -228,7 +172,7 @@ void MaxlocAlong(benchmark::State& state) {
 // The plain loops a programmer writes: along a column, or row by row keeping a running
 // maximum for every row.
 void PlainMaxlocAlong(benchmark::State& state) {
-    Prepare();
+    PrepareArrays();
     const double* a = Reals().data();
     std::vector<int32_t> out(kSide);
     std::vector<double> best(kSide);

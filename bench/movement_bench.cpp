@@ -8,49 +8,12 @@
 #include <cstring>
 #include <vector>
 
+#include "bench/large_arrays.h"
 #include "vrn90.h"
 
 namespace {
 
-constexpr int32_t kSide = 5000;        // CSHIFT, EOSHIFT, SPREAD, MERGE: 5000 x 5000
 constexpr int32_t kTransposed = 4000;  // TRANSPOSE: 4000 x 4000
-constexpr int32_t kLength = 50'000'000;
-
-struct Descriptor {
-    alignas(8) unsigned char storage[sizeof(RTDArray) + 2 * sizeof(RTDDimension)] = {};
-    RTDArray* rtd = reinterpret_cast<RTDArray*>(storage);
-
-    Descriptor(std::vector<int32_t> extents, int32_t length, uint8_t type) {
-        rtd->header = RTDHeader{static_cast<uint8_t>(extents.empty() ? RTD_SCALAR : RTD_ARRAY), type,
-                                RTD_FLAG_IS_ALLOCATED, 2};
-        rtd->element_len = length;
-        rtd->rank = static_cast<int32_t>(extents.size());
-        int32_t running = 1;
-        for (size_t d = 0; d < extents.size(); ++d) {
-            rtd->dims[rtd->rank - 1 - static_cast<int32_t>(d)] = RTDDimension{1, extents[d], running * length};
-            running *= extents[d];
-        }
-    }
-};
-
-const std::vector<double>& Reals() {
-    static std::vector<double> values = [] {
-        std::vector<double> v(kLength);
-        for (int32_t i = 0; i < kLength; ++i) v[static_cast<size_t>(i)] = std::sin(i) * 1000.0;
-        return v;
-    }();
-    return values;
-}
-
-// LOGICAL(4), true where the real is positive: about half, in no pattern a branch learns.
-const std::vector<int32_t>& HalfMask() {
-    static std::vector<int32_t> mask = [] {
-        std::vector<int32_t> m(kLength);
-        for (int32_t i = 0; i < kLength; ++i) m[static_cast<size_t>(i)] = Reals()[static_cast<size_t>(i)] > 0;
-        return m;
-    }();
-    return mask;
-}
 
 std::vector<double>& Out() {
     static std::vector<double> out(kLength, 1.0);  // touched once, so that no timed run pays for its pages
@@ -58,8 +21,7 @@ std::vector<double>& Out() {
 }
 
 void Prepare() {
-    benchmark::DoNotOptimize(Reals().data());
-    benchmark::DoNotOptimize(HalfMask().data());
+    PrepareArrays();
     benchmark::DoNotOptimize(Out().data());
 }
 

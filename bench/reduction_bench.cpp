@@ -8,51 +8,16 @@
 #include <cstring>
 #include <vector>
 
+#include "bench/large_arrays.h"
 #include "vrn90.h"
 
 namespace {
-
-constexpr int32_t kLength = 50'000'000;
-constexpr int32_t kSide = 5000;
-
-struct Descriptor {
-    alignas(8) unsigned char storage[sizeof(RTDArray) + 2 * sizeof(RTDDimension)] = {};
-    RTDArray* rtd = reinterpret_cast<RTDArray*>(storage);
-
-    Descriptor(std::vector<int32_t> extents, int32_t length, uint8_t type) {
-        rtd->header = RTDHeader{RTD_ARRAY, type, RTD_FLAG_IS_ALLOCATED, 1};
-        rtd->element_len = length;
-        rtd->rank = static_cast<int32_t>(extents.size());
-        int32_t running = 1;
-        for (size_t d = 0; d < extents.size(); ++d) {
-            rtd->dims[rtd->rank - 1 - static_cast<int32_t>(d)] = RTDDimension{1, extents[d], running * length};
-            running *= extents[d];
-        }
-    }
-};
-
-const std::vector<double>& Reals() {
-    static std::vector<double> values = [] {
-        std::vector<double> v(kLength);
-        for (int32_t i = 0; i < kLength; ++i) v[static_cast<size_t>(i)] = std::sin(i) * 1000.0;
-        return v;
-    }();
-    return values;
-}
-
-const std::vector<int32_t>& Integers() {
-    static std::vector<int32_t> values = [] {
-        std::vector<int32_t> v(kLength);
-        for (int32_t i = 0; i < kLength; ++i) v[static_cast<size_t>(i)] = static_cast<int32_t>(int64_t{i} * 7919 % 1001) - 500;
-        return v;
-    }();
-    return values;
-}
 
 template <typename T>
 void Scalar(benchmark::State& state, void (*entry)(ResultRecord*, const void*, int32_t, const void*, const RTDArray*,
                                                    const RTDArray*, int32_t, int32_t),
             const std::vector<T>& values, uint8_t type) {
+    PrepareArrays();
     Descriptor source({kLength}, sizeof(T), type);
     T result{};
     for (auto _ : state) {
@@ -70,6 +35,7 @@ void MaxvalReal8(benchmark::State& state) { Scalar(state, _vrmxr8g, Reals(), RTD
 void SumInteger4(benchmark::State& state) { Scalar(state, _vrsmi4g, Integers(), RTD_TYPE_INTEGER); }
 
 void PlainSumReal8(benchmark::State& state) {
+    PrepareArrays();
     const double* v = Reals().data();
     for (auto _ : state) {
         double m = 0;
@@ -80,6 +46,7 @@ void PlainSumReal8(benchmark::State& state) {
 }
 
 void PlainMaxReal8(benchmark::State& state) {
+    PrepareArrays();
     const double* v = Reals().data();
     for (auto _ : state) {
         double m = -HUGE_VAL;
@@ -90,6 +57,7 @@ void PlainMaxReal8(benchmark::State& state) {
 }
 
 void PlainSumInteger4(benchmark::State& state) {
+    PrepareArrays();
     const int32_t* v = Integers().data();
     for (auto _ : state) {
         uint32_t m = 0;
@@ -101,6 +69,7 @@ void PlainSumInteger4(benchmark::State& state) {
 
 // SUM(A, DIM=d) of the 5000 x 5000 matrix held in the first 25,000,000 reals.
 void SumAlong(benchmark::State& state) {
+    PrepareArrays();
     int32_t dim = static_cast<int32_t>(state.range(0));
     Descriptor source({kSide, kSide}, 8, RTD_TYPE_REAL);
     std::vector<double> out(kSide);
@@ -116,6 +85,7 @@ void SumAlong(benchmark::State& state) {
 }
 
 void PlainSumAlong(benchmark::State& state) {
+    PrepareArrays();
     const double* a = Reals().data();
     std::vector<double> out(kSide);
     for (auto _ : state) {

@@ -121,76 +121,36 @@ for label, value in rows:
     print(f"{label:34} {value:14,.0f}")
 PY
 
-# Reductions: GB/s beside a plain loop over the same memory and gfortran's intrinsics.
-python3 - "$reductions" "$reduction_peer" <<'PY'
-import json, subprocess, sys
-reductions_json, peer = sys.argv[1:3]
-runs = {b["run_name"]: b for b in json.load(open(reductions_json))["benchmarks"] if b.get("aggregate_name") == "median"}
-gbs = lambda name: runs[name]["bytes_per_second"] / 1e9
-theirs = {}
-if peer:
-    theirs = {line.split()[0]: float(line.split()[1]) for line in subprocess.run([peer], check=True, capture_output=True, text=True).stdout.splitlines() if line.strip()}
-print()
-print(f"{'reduction, GB/s':34} {'ours':>8} {'plain loop':>11} {'gfortran':>9} {'loop/ours':>10} {'ours/gfortran':>14}")
-for label, ours, loop, peer_name in [("SUM, 50M REAL(8)", "SumReal8", "PlainSumReal8", "sum_real8"),
-                                     ("MAXVAL, 50M REAL(8)", "MaxvalReal8", "PlainMaxReal8", "maxval_real8"),
-                                     ("SUM, 50M INTEGER(4)", "SumInteger4", "PlainSumInteger4", "sum_integer4"),
-                                     ("SUM(A, DIM=1), 5000 x 5000 REAL(8)", "SumAlong/1", "PlainSumAlong/1", "sum_dim1"),
-                                     ("SUM(A, DIM=2), 5000 x 5000 REAL(8)", "SumAlong/2", "PlainSumAlong/2", "sum_dim2")]:
-    g = theirs.get(peer_name, float("nan"))
-    print(f"{label:34} {gbs(ours):8.2f} {gbs(loop):11.2f} {g:9.2f} {gbs(loop) / gbs(ours):10.2f} {gbs(ours) / g:14.2f}")
-PY
-
-# Location searches: GB/s beside a plain loop over the same memory and gfortran's intrinsics.
-python3 - "$locations" "$location_peer" <<'PY'
-import json, subprocess, sys
-locations_json, peer = sys.argv[1:3]
-runs = {b["run_name"]: b for b in json.load(open(locations_json))["benchmarks"] if b.get("aggregate_name") == "median"}
-gbs = lambda name: runs[name]["bytes_per_second"] / 1e9
-theirs = {}
-if peer:
-    theirs = {line.split()[0]: float(line.split()[1]) for line in subprocess.run([peer], check=True, capture_output=True, text=True).stdout.splitlines() if line.strip()}
-print()
-print(f"{'location search, GB/s':40} {'ours':>8} {'plain loop':>11} {'gfortran':>9} {'ours/loop':>10} {'ours/gfortran':>14}")
-for label, ours, loop, peer_name in [("MAXLOC, 50M REAL(8)", "MaxlocReal8/0", "PlainMaxlocReal8/0", "maxloc_real8"),
-                                     ("MAXLOC, 50M REAL(8), half MASK", "MaxlocReal8/1", "PlainMaxlocReal8/1", "maxloc_real8_mask"),
-                                     ("MAXLOC, 50M INTEGER(4)", "MaxlocInteger4", "PlainMaxlocInteger4", "maxloc_integer4"),
-                                     ("FINDLOC, 50M REAL(8), absent", "FindlocReal8/0", "PlainFindlocReal8/0", "findloc_real8"),
-                                     ("FINDLOC, 50M REAL(8), half MASK", "FindlocReal8/1", "PlainFindlocReal8/1", "findloc_real8_mask"),
-                                     ("FINDLOC, 50M INTEGER(4), absent", "FindlocInteger4", "PlainFindlocInteger4", "findloc_integer4"),
-                                     ("MAXLOC(A, DIM=1), 5000 x 5000 REAL(8)", "MaxlocAlong/1", "PlainMaxlocAlong/1", "maxloc_dim1"),
-                                     ("MAXLOC(A, DIM=2), 5000 x 5000 REAL(8)", "MaxlocAlong/2", "PlainMaxlocAlong/2", "maxloc_dim2")]:
-    g = theirs.get(peer_name, float("nan"))
-    print(f"{label:40} {gbs(ours):8.2f} {gbs(loop):11.2f} {g:9.2f} {gbs(ours) / gbs(loop):10.2f} {gbs(ours) / g:14.2f}")
-PY
-
-# Data movement: GB/s beside a memcpy of the same bytes (or a plain loop, where a mask is
-# read) and gfortran's intrinsics.
-python3 - "$movements" "$movement_peer" <<'PY'
-import json, subprocess, sys
-movements_json, peer = sys.argv[1:3]
-runs = {b["run_name"]: b for b in json.load(open(movements_json))["benchmarks"] if b.get("aggregate_name") == "median"}
-gbs = lambda name: runs[name]["bytes_per_second"] / 1e9
-theirs = {}
-if peer:
-    theirs = {line.split()[0]: float(line.split()[1]) for line in subprocess.run([peer], check=True, capture_output=True, text=True).stdout.splitlines() if line.strip()}
-print()
-print(f"{'data movement, GB/s, REAL(8)':40} {'ours':>8} {'limit':>8} {'limit is':>11} {'limit/ours':>11} {'gfortran':>9} {'ours/gfortran':>14}")
-for label, ours, limit, peer_name in [("TRANSPOSE 4000 x 4000", "Transpose", "MemoryCopy", "transpose"),
-                                      ("CSHIFT DIM=1, 5000 x 5000", "Cshift/1", "MemoryCopy", "cshift_dim1"),
-                                      ("CSHIFT DIM=2, 5000 x 5000", "Cshift/2", "MemoryCopy", "cshift_dim2"),
-                                      ("EOSHIFT DIM=1, 5000 x 5000", "Eoshift/1", "MemoryCopy", "eoshift_dim1"),
-                                      ("EOSHIFT DIM=2, 5000 x 5000", "Eoshift/2", "MemoryCopy", "eoshift_dim2"),
-                                      ("RESHAPE 25M to 5000 x 5000", "Reshape", "MemoryCopy", "reshape"),
-                                      ("SPREAD 5000 to DIM=1", "Spread/1", "MemoryCopy", "spread_dim1"),
-                                      ("SPREAD 5000 to DIM=2", "Spread/2", "MemoryCopy", "spread_dim2"),
-                                      ("MERGE 5000 x 5000, half MASK", "Merge", "PlainMerge", "merge"),
-                                      ("PACK 50M, half MASK", "Pack", "PlainPack", "pack"),
-                                      ("UNPACK 50M, half MASK", "Unpack", "PlainUnpack", "unpack")]:
-    g = theirs.get(peer_name, float("nan"))
-    kind = "memcpy" if limit == "MemoryCopy" else "plain loop"
-    print(f"{label:40} {gbs(ours):8.2f} {gbs(limit):8.2f} {kind:>11} {gbs(limit) / gbs(ours):11.2f} {g:9.2f} {gbs(ours) / g:14.2f}")
-PY
+# Reductions, location searches and data movement: GB/s beside a plain loop over the same
+# memory (or a memcpy of the same bytes) and gfortran's intrinsics.
+python3 bench/gbs_table.py "$reductions" "$reduction_peer" "reduction, GB/s (limit: plain loop)" \
+  "SUM, 50M REAL(8)|SumReal8|PlainSumReal8|sum_real8" \
+  "MAXVAL, 50M REAL(8)|MaxvalReal8|PlainMaxReal8|maxval_real8" \
+  "SUM, 50M INTEGER(4)|SumInteger4|PlainSumInteger4|sum_integer4" \
+  "SUM(A, DIM=1), 5000 x 5000 REAL(8)|SumAlong/1|PlainSumAlong/1|sum_dim1" \
+  "SUM(A, DIM=2), 5000 x 5000 REAL(8)|SumAlong/2|PlainSumAlong/2|sum_dim2"
+python3 bench/gbs_table.py "$locations" "$location_peer" "location search, GB/s (limit: plain loop)" \
+  "MAXLOC, 50M REAL(8)|MaxlocReal8/0|PlainMaxlocReal8/0|maxloc_real8" \
+  "MAXLOC, 50M REAL(8), half MASK|MaxlocReal8/1|PlainMaxlocReal8/1|maxloc_real8_mask" \
+  "MAXLOC, 50M INTEGER(4)|MaxlocInteger4|PlainMaxlocInteger4|maxloc_integer4" \
+  "FINDLOC, 50M REAL(8), absent|FindlocReal8/0|PlainFindlocReal8/0|findloc_real8" \
+  "FINDLOC, 50M REAL(8), half MASK|FindlocReal8/1|PlainFindlocReal8/1|findloc_real8_mask" \
+  "FINDLOC, 50M INTEGER(4), absent|FindlocInteger4|PlainFindlocInteger4|findloc_integer4" \
+  "MAXLOC(A, DIM=1), 5000 x 5000 REAL(8)|MaxlocAlong/1|PlainMaxlocAlong/1|maxloc_dim1" \
+  "MAXLOC(A, DIM=2), 5000 x 5000 REAL(8)|MaxlocAlong/2|PlainMaxlocAlong/2|maxloc_dim2"
+python3 bench/gbs_table.py "$movements" "$movement_peer" "data movement, REAL(8), GB/s (limit: memcpy)" \
+  "TRANSPOSE 4000 x 4000|Transpose|MemoryCopy|transpose" \
+  "CSHIFT DIM=1, 5000 x 5000|Cshift/1|MemoryCopy|cshift_dim1" \
+  "CSHIFT DIM=2, 5000 x 5000|Cshift/2|MemoryCopy|cshift_dim2" \
+  "EOSHIFT DIM=1, 5000 x 5000|Eoshift/1|MemoryCopy|eoshift_dim1" \
+  "EOSHIFT DIM=2, 5000 x 5000|Eoshift/2|MemoryCopy|eoshift_dim2" \
+  "RESHAPE 25M to 5000 x 5000|Reshape|MemoryCopy|reshape" \
+  "SPREAD 5000 along DIM=1|Spread/1|MemoryCopy|spread_dim1" \
+  "SPREAD 5000 along DIM=2|Spread/2|MemoryCopy|spread_dim2"
+python3 bench/gbs_table.py "$movements" "$movement_peer" "masked data movement, GB/s (limit: plain loop)" \
+  "MERGE 5000 x 5000, half MASK|Merge|PlainMerge|merge" \
+  "PACK 50M, half MASK|Pack|PlainPack|pack" \
+  "UNPACK 50M, half MASK|Unpack|PlainUnpack|unpack"
 
 # RANDOM_NUMBER: ns per element beside the memory limit and gfortran.
 python3 - "$randoms" "$random_peer" <<'PY'

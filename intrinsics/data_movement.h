@@ -147,6 +147,15 @@ inline Operand ResultOperand(ResultRecord* record) {
 // The result's data, which Describe holds as read-only.
 inline unsigned char* Writable(const Operand& result) { return const_cast<unsigned char*>(result.data); }
 
+// The dimension (from 0) a shift goes along: DIM, or the first when DIM is absent; -1, after
+// the hook, when DIM names no dimension of the array.
+inline int32_t ShiftAxis(int32_t dim, int32_t hasDim, const Operand& array) {
+    const int32_t axis = (hasDim & 1) ? dim - 1 : 0;
+    if (axis >= 0 && axis < array.rank) return axis;
+    _vrmerr1(&dim);
+    return -1;
+}
+
 // The lines of `array` along dimension `axis` (from 0), each with the matching line of the
 // result and the elements of SHIFT and BOUNDARY (arrays of rank one less, or scalars) that
 // go with it: line(arrayOffset, resultOffset, shiftOffset, boundaryOffset), in elements.

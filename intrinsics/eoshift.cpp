@@ -22,11 +22,8 @@ void Eoshift(ResultRecord* record, const void* arrayData, const void* shiftData,
     Operand array = Describe(arrayData, arrayRtd);
     Operand shift = Describe(shiftData, shiftRtd);
     Operand out = ResultOperand(record);
-    const int32_t axis = (hasDim & 1) ? dim - 1 : 0;
-    if (axis < 0 || axis >= array.rank) {
-        _vrmerr1(&dim);
-        return;
-    }
+    const int32_t axis = ShiftAxis(dim, hasDim, array);
+    if (axis < 0) return;
     unsigned char* result = Writable(out);
     const int32_t length = out.length;
     // The default boundary: one element of zero bytes, or of blanks.
