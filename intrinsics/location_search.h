@@ -114,13 +114,19 @@ void RunLocationSearch(const LocationArguments& a, const Search& prototype) {
                 return more;
             });
         } else if (!nothingConsidered) {
+            // The same runs, each with the run of the mask beside it.
             int32_t dims[kMaxRank];
-            for (int32_t d = 0; d < kMaxRank; ++d) dims[d] = d;
-            Loops loops = LoopsOver(source, arrayMask, dims, source.rank, nullptr);
-            int64_t position = 0;
-            Walk(loops, [&](int64_t s, int64_t k, int64_t) {
-                ++position;
-                return !MaskTrue(mask, k) || search.Consider(source.data + s * length, position);
+            for (int32_t d = 0; d < kMaxRank; ++d) dims[d] = d + 1;
+            Loops rows = LoopsOver(source, arrayMask, dims, source.rank > 0 ? source.rank - 1 : 0, nullptr);
+            const int64_t extent = source.extent[0];
+            const int64_t step = int64_t{source.stride[0]} * length;
+            const int64_t maskStep = int64_t{mask.stride[0]} * mask.length;
+            int64_t position = 1;
+            Walk(rows, [&](int64_t s, int64_t k, int64_t) {
+                bool more = search.RunMasked(source.data + s * length, extent, step, mask.data + k * mask.length,
+                                             maskStep, mask.length, position);
+                position += extent;
+                return more;
             });
         }
         int64_t linear = nothingConsidered ? 0 : search.Location();
@@ -164,10 +170,8 @@ void RunLocationSearch(const LocationArguments& a, const Search& prototype) {
             if (arrayMask == nullptr && !nothingConsidered) {
                 search.Run(source.data + s * length, axisExtent, step, 1);
             } else if (!nothingConsidered) {
-                for (int64_t j = 0; j < axisExtent; ++j) {
-                    if (!MaskTrue(mask, k + j * axisMaskStride)) continue;
-                    if (!search.Consider(source.data + (s + j * axisStride) * length, j + 1)) break;
-                }
+                search.RunMasked(source.data + s * length, axisExtent, step, mask.data + k * mask.length,
+                                 axisMaskStride * mask.length, mask.length, 1);
             }
             StoreLocation(result + r * kind, kind, nothingConsidered ? 0 : search.Location());
         });

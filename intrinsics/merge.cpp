@@ -23,8 +23,11 @@ void Merge(ResultRecord* record, const void* tsource, const void* fsource, const
         const int64_t count = ElementCount(out);
         const int32_t truthLength = m.length;
         for (int64_t i = 0; i < count; ++i) {
-            const unsigned char* from = IsTrue(m.data + i * truthLength, truthLength) ? t.data : f.data;
-            CopyElement<Width>(result + i * Width, from + i * Width, Width);
+            // Both elements are loaded and one is chosen: the mask decides no branch.
+            unsigned char either[2][Width > 0 ? Width : 1];
+            CopyElement<Width>(either[0], f.data + i * Width, Width);
+            CopyElement<Width>(either[1], t.data + i * Width, Width);
+            CopyElement<Width>(result + i * Width, either[IsTrue(m.data + i * truthLength, truthLength)], Width);
         }
         return;
     }

@@ -513,4 +513,41 @@ TEST(LocationSearches, TheDescriptorEntriesChooseTheTypeFromTheSource) {
     EXPECT_EQ(answer, 77);
 }
 
+// Long contiguous runs, where the search goes by blocks or by lanes: ties across blocks, the
+// extremum in the first and last block, NaNs scattered, with and without BACK.
+template <typename T>
+void CheckLongRun(Search max, Search min, SearchBack maxBack, SearchBack minBack, std::mt19937& random) {
+    for (int32_t n : {1, 3, 1023, 1024, 1025, 5000}) {
+        std::vector<T> values(static_cast<size_t>(n));
+        for (T& v : values) v = Kind<T>::Make(static_cast<int>(random() % 7) - 3, random);
+        std::vector<std::pair<int64_t, T>> list;
+        for (int32_t i = 0; i < n; ++i) list.push_back({i + 1, values[static_cast<size_t>(i)]});
+        Array source({n}, sizeof(T), Kind<T>::type);
+        for (bool maximum : {true, false}) {
+            for (bool back : {false, true}) {
+                int64_t want = ReferenceExtremum(list, maximum, back);
+                int32_t answer = -1;
+                ResultRecord record = Unallocated(4);
+                record.base_ptr = reinterpret_cast<uintptr_t>(&answer);
+                record.header.flags = RTD_FLAG_IS_ALLOCATED;
+                if (back) (maximum ? maxBack : minBack)(&record, values.data(), 1, nullptr, source.rtd, nullptr, 1, 0, 1);
+                else (maximum ? max : min)(&record, values.data(), 1, nullptr, source.rtd, nullptr, 1, 0);
+                ASSERT_EQ(answer, want) << "n " << n << " maximum " << maximum << " back " << back;
+            }
+        }
+    }
+}
+
+TEST(LocationSearches, LongRunsAgreeWithAPlainLoop) {
+    std::mt19937 random(3301);
+    for (int trial = 0; trial < 20; ++trial) {
+        CheckLongRun<int8_t>(_vrmxloci1g, _vrmnloci1g, _vrmxlocwbacki1g, _vrmnlocwbacki1g, random);
+        CheckLongRun<int16_t>(_vrmxloci2g, _vrmnloci2g, _vrmxlocwbacki2g, _vrmnlocwbacki2g, random);
+        CheckLongRun<int32_t>(_vrmxloci4g, _vrmnloci4g, _vrmxlocwbacki4g, _vrmnlocwbacki4g, random);
+        CheckLongRun<int64_t>(_vrmxloci8g, _vrmnloci8g, _vrmxlocwbacki8g, _vrmnlocwbacki8g, random);
+        CheckLongRun<float>(_vrmxlocr4g, _vrmnlocr4g, _vrmxlocwbackr4g, _vrmnlocwbackr4g, random);
+        CheckLongRun<double>(_vrmxlocr8g, _vrmnlocr8g, _vrmxlocwbackr8g, _vrmnlocwbackr8g, random);
+    }
+}
+
 }  // namespace
