@@ -126,10 +126,10 @@ TEST_F(RealExtremes, EveryDescriptorFillsItsWidthWithARealField) {
                 for (int scale : {-2, 0, 1, 2}) {
                     if (desc.name[0] == 'E' && desc.name[1] != 0 && scale != 0) continue;  // EN, ES
                     const int w = 2000;
-                    std::string spec = std::to_string(scale) + "P," + desc.name + std::to_string(w) + "." +
+                    std::string descriptorText = std::to_string(scale) + "P," + desc.name + std::to_string(w) + "." +
                                        std::to_string(d) + desc.exponent;
-                    std::string what = spec + " of " + Printf("%.*g", 17, v.value) + " kind " + std::to_string(v.kind);
-                    std::string ours = Field(spec, v);
+                    std::string what = descriptorText + " of " + Printf("%.*g", 17, v.value) + " kind " + std::to_string(v.kind);
+                    std::string ours = Field(descriptorText, v);
                     ASSERT_EQ(ours.size(), static_cast<size_t>(w)) << what;
                     bool exponentForm = desc.exponentForm;
                     bool fails = exponentForm && (scale < -d || scale >= d + 2);
