@@ -4,12 +4,13 @@
 // exchanged for a smaller stride as the reductions do. Positions count from 1 whatever the
 // lower bounds, and 0 means that no element was found.
 //
-// A Search is a small value: Consider(element, position) takes the next element, and
+// A Search is a small value: Consider(element, position) takes the next element,
 // Run(first, count, step, position) a run of `count` elements `step` bytes apart whose
-// first stands at `position`; both return false once the answer can no longer change.
-// Location() gives the answer. Searches along DIM keep one Search per result element: in
-// a register when DIM is 1, else for a block of dimension 1 at a time, so that the source
-// is still read in the order it lies in memory.
+// first stands at `position`, and RunMasked the same with a mask's run beside it; each
+// returns false once the answer can no longer change. Location() gives the answer.
+// Searches along DIM keep one Search per result element: in a register when DIM is 1,
+// else side by side for the whole of dimension 1, so that the source is still read in
+// the order it lies in memory.
 #pragma once
 
 #include <cstdint>
