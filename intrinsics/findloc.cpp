@@ -127,8 +127,13 @@ struct FindSearch {
 
     bool RunMasked(const unsigned char* first, int64_t count, int64_t step, const unsigned char* mask,
                    int64_t maskStep, int32_t maskLength, int64_t position) {
+        if (!Back && where != 0) return false;
         for (int64_t i = 0; i < count; ++i) {
-            if (IsTrue(mask + i * maskStep, maskLength) && !Consider(first + i * step, position + i)) return false;
+            // One branch, on the rare match, not one on every mask element too.
+            if (IsTrue(mask + i * maskStep, maskLength) & match.Equals(first + i * step)) {
+                where = position + i;
+                if (!Back) return false;
+            }
         }
         return true;
     }

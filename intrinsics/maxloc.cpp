@@ -156,9 +156,9 @@ struct ExtremumSearch {
         Value b = best;
         int64_t w = where;
         for (; i < count; ++i) {
-            if (!IsTrue(mask + i * maskStep, maskLength)) continue;
+            // One branch, on the rare win, not one on every mask element too.
             Value x = order.Read(first + i * step);
-            if (Wins(x, b)) {
+            if (IsTrue(mask + i * maskStep, maskLength) & Wins(x, b)) {
                 b = x;
                 w = position + i;
             }
