@@ -111,10 +111,9 @@ struct FindSearch {
         int64_t i = 0;
         // Four at a time, without a branch between them, until a block holds a match.
         for (; i + 4 <= count; i += 4) {
-            if (match.Equals(first + i * step) | match.Equals(first + (i + 1) * step) |
-                match.Equals(first + (i + 2) * step) | match.Equals(first + (i + 3) * step)) {
-                break;
-            }
+            int hits = int{match.Equals(first + i * step)} + int{match.Equals(first + (i + 1) * step)} +
+                       int{match.Equals(first + (i + 2) * step)} + int{match.Equals(first + (i + 3) * step)};
+            if (hits != 0) break;
         }
         for (; i < count; ++i) {
             if (match.Equals(first + i * step)) {
@@ -130,7 +129,7 @@ struct FindSearch {
         if (!Back && where != 0) return false;
         for (int64_t i = 0; i < count; ++i) {
             // One branch, on the rare match, not one on every mask element too.
-            if (IsTrue(mask + i * maskStep, maskLength) & match.Equals(first + i * step)) {
+            if (int{IsTrue(mask + i * maskStep, maskLength)} & int{match.Equals(first + i * step)}) {
                 where = position + i;
                 if (!Back) return false;
             }

@@ -158,7 +158,7 @@ struct ExtremumSearch {
         for (; i < count; ++i) {
             // One branch, on the rare win, not one on every mask element too.
             Value x = order.Read(first + i * step);
-            if (IsTrue(mask + i * maskStep, maskLength) & Wins(x, b)) {
+            if (int{IsTrue(mask + i * maskStep, maskLength)} & int{Wins(x, b)}) {
                 b = x;
                 w = position + i;
             }
