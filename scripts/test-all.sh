@@ -11,6 +11,12 @@ cd "$(dirname "$0")/.."
 scripts/install-deps.sh
 start=$SECONDS
 status=0
+passed=0
+failed=0
+# Counts one stage's outcome; a failed stage fails the run without stopping the others.
+stage() {
+  if "$@"; then passed=$((passed + 1)); else failed=$((failed + 1)); status=1; fi
+}
 for preset in host sanitize tsan ppc; do
   echo "== $preset: configure and build"
   cmake --preset "$preset" -DVRN_BUILD_TESTS=ON >/dev/null
@@ -26,13 +32,14 @@ for preset in host sanitize tsan ppc; do
     fi
   fi
   echo "== $preset: test"
-  ctest --preset "$preset" || status=1
+  stage ctest --preset "$preset"
   if [ "$preset" = host ]; then
     echo "== host: Debian packages"
-    scripts/package-test.sh build/host || status=1
+    stage scripts/package-test.sh build/host
   fi
 done
 echo "== fuzz: build the harnesses and run each from its seeds"
-scripts/fuzz.sh 5 || status=1
+stage scripts/fuzz.sh 5
 echo "== all builds and tests took $((SECONDS - start)) s"
+echo "stages: $passed passed, $failed failed"
 exit $status
