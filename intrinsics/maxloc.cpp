@@ -70,14 +70,13 @@ struct ExtremumSearch {
         for (; where <= 0 && i < count; ++i) Consider(first + i * step, position + i);
         if constexpr (std::is_integral_v<Value>) {
             if (step == static_cast<int64_t>(sizeof(Value))) return RunBlocks(first, i, count, position);
-        } else if constexpr (std::is_arithmetic_v<Value>) {
-            if (step == static_cast<int64_t>(sizeof(Value))) return RunLanes(first, i, count, position);
         }
         // From the first number on, the extremum stays in registers.
         Value b = best;
         int64_t w = where;
-        for (; i < count; ++i) {
-            Value x = order.Read(first + i * step);
+        const unsigned char* element = first + i * step;
+        for (; i < count; ++i, element += step) {
+            Value x = order.Read(element);
             if (Wins(x, b)) {
                 b = x;
                 w = position + i;
@@ -88,61 +87,31 @@ struct ExtremumSearch {
         return true;
     }
 
-    // The same over elements side by side: four running extrema over interleaved elements
-    // make four short chains of comparisons instead of one long one. Joined, the best value
-    // wins, and of equal ones the first position (the last with BACK), as one chain gives.
-    bool RunLanes(const unsigned char* first, int64_t i, int64_t count, int64_t position) {
-        constexpr int kLanes = 4;
-        Value b[kLanes];
-        int64_t w[kLanes];
-        for (int k = 0; k < kLanes; ++k) {
-            b[k] = best;
-            w[k] = where;
-        }
-        for (; i + kLanes <= count; i += kLanes) {
-            for (int k = 0; k < kLanes; ++k) {
-                Value x = order.Read(first + (i + k) * static_cast<int64_t>(sizeof(Value)));
-                if (Wins(x, b[k])) {
-                    b[k] = x;
-                    w[k] = position + i + k;
-                }
-            }
-        }
-        for (int k = 0; k < kLanes; ++k) {
-            bool better = Maximum ? order.Less(best, b[k]) : order.Less(b[k], best);
-            bool equal = !order.Less(best, b[k]) && !order.Less(b[k], best);
-            if (better || (equal && (Back ? w[k] > where : w[k] < where))) {
-                best = b[k];
-                where = w[k];
-            }
-        }
-        for (; i < count; ++i) Consider(first + i * static_cast<int64_t>(sizeof(Value)), position + i);
-        return true;
-    }
-
-    // Integers side by side, block by block: the block's extremum comes from a loop the
-    // compiler vectorises, and only a block that can change the answer is searched for it.
+    // Contiguous integers block by block: the block's extremum comes from a loop the compiler
+    // vectorises, and only a block that can change the answer is searched for its position.
+    // (Reals keep the loop above: their comparisons may not be reordered around a NaN.)
     bool RunBlocks(const unsigned char* first, int64_t i, int64_t count, int64_t position) {
         constexpr int64_t kBlock = 1024;
         constexpr int64_t kSize = static_cast<int64_t>(sizeof(Value));
-        while (i < count) {
-            const int64_t end = count - i < kBlock ? count : i + kBlock;
-            Value extreme = order.Read(first + i * kSize);
-            for (int64_t k = i + 1; k < end; ++k) {
-                Value x = order.Read(first + k * kSize);
+        // Whole blocks only: a loop of a known count is one the compiler vectorises without
+        // a scalar tail of its own.
+        for (; i + kBlock <= count; i += kBlock) {
+            const unsigned char* block = first + i * kSize;
+            Value extreme = order.Read(block);
+            for (int64_t k = 0; k < kBlock; ++k) {
+                Value x = order.Read(block + k * kSize);
                 extreme = Maximum ? (x > extreme ? x : extreme) : (x < extreme ? x : extreme);
             }
-            if (Wins(extreme, best)) {
-                for (int64_t k = i; k < end; ++k) {
-                    Value x = order.Read(first + k * kSize);
-                    if (Wins(x, best)) {
-                        best = x;
-                        where = position + k;
-                    }
+            if (!Wins(extreme, best)) continue;
+            for (int64_t k = 0; k < kBlock; ++k) {
+                Value x = order.Read(block + k * kSize);
+                if (Wins(x, best)) {
+                    best = x;
+                    where = position + i + k;
                 }
             }
-            i = end;
         }
+        for (; i < count; ++i) Consider(first + i * kSize, position + i);
         return true;
     }
 
