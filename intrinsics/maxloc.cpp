@@ -124,10 +124,12 @@ struct ExtremumSearch {
         }
         Value b = best;
         int64_t w = where;
-        for (; i < count; ++i) {
+        const unsigned char* element = first + i * step;
+        const unsigned char* truth = mask + i * maskStep;
+        for (; i < count; ++i, element += step, truth += maskStep) {
             // One branch, on the rare win, not one on every mask element too.
-            Value x = order.Read(first + i * step);
-            if (int{IsTrue(mask + i * maskStep, maskLength)} & int{Wins(x, b)}) {
+            Value x = order.Read(element);
+            if (int{IsTrue(truth, maskLength)} & int{Wins(x, b)}) {
                 b = x;
                 w = position + i;
             }
