@@ -23,8 +23,10 @@ dpkg-deb -c "$development" | awk '{print $6, $7, $8}' | sed 's/ *$//' >"$work/de
 # The run-time package is named after the soname and holds the library, its soname link,
 # the catalogue in both places and the manual page; the development package the rest.
 [ "$(dpkg-deb -f "$runtime" Section)" = libs ] || fail "runtime section"
-dpkg-deb -f "$runtime" Depends | grep -q 'libc6' || fail "runtime does not depend on libc6"
-dpkg-deb -f "$runtime" Depends | grep -q 'libstdc++6' || fail "runtime does not depend on libstdc++6"
+# No grep -q after a pipe: a writer whose reader has left dies of SIGPIPE, which pipefail
+# then reports as a failure now and then.
+dpkg-deb -f "$runtime" Depends | grep 'libc6' >/dev/null || fail "runtime does not depend on libc6"
+dpkg-deb -f "$runtime" Depends | grep 'libstdc++6' >/dev/null || fail "runtime does not depend on libstdc++6"
 [ "$(dpkg-deb -f "$development" Depends)" = "libvrn90-t1 (= $version)" ] || fail "development depends on $(dpkg-deb -f "$development" Depends)"
 for file in "./usr/lib/libvrn90_t.so.1 -> libvrn90_t.so.1.0.0" ./usr/lib/libvrn90_t.so.1.0.0 \
             ./opt/vrcmp/msg/en_US/vrqmsg90.cat ./usr/share/vrn90/nls/vrqmsg90.cat ./usr/share/man/man7/vrnrteopts.7; do
@@ -35,10 +37,10 @@ for file in "./usr/lib/libvrn90_t.so -> libvrn90_t.so.1" ./usr/include/vrn90.h .
   grep -qxF "$file" "$work/development.txt" || fail "development lacks $file"
 done
 grep -q 'include\|libvrn90_t.so ->' "$work/runtime.txt" && fail "runtime holds development files"
-dpkg-deb --ctrl-tarfile "$runtime" | tar -xO ./shlibs | grep -qx "libvrn90_t 1 libvrn90-t1 (>= $version)" ||
+dpkg-deb --ctrl-tarfile "$runtime" | tar -xO ./shlibs | grep -x "libvrn90_t 1 libvrn90-t1 (>= $version)" >/dev/null ||
   fail "no shlibs entry"
 dpkg-deb -x "$runtime" "$work/runtime"
-readelf -d "$work/runtime/usr/lib/libvrn90_t.so.1.0.0" | grep -q 'SONAME.*\[libvrn90_t.so.1\]' || fail "soname"
+readelf -d "$work/runtime/usr/lib/libvrn90_t.so.1.0.0" | grep 'SONAME.*\[libvrn90_t.so.1\]' >/dev/null || fail "soname"
 echo "packages: $(basename "$runtime") $(basename "$development"): $failures problems"
 
 sudo_cmd=""
@@ -61,7 +63,7 @@ mkdir "$work/run"
 out=$(cd "$work/run" && env -u NLSPATH "$work/files") || true
 expected=$(printf " \nunit -3, IOSTAT 16, IOMSG '\"files.f\", line 5: 3714-016 The record number 0 of a direct-access statement is not 1 or more.', file of 16 bytes")
 [ "$out" = "$expected" ] || fail "the installed package's program printed: $out"
-ldd "$work/files" | grep -q "libvrn90_t.so.1 => $libdir/libvrn90_t.so.1" || fail "not linked to the package's library"
+ldd "$work/files" | grep "libvrn90_t.so.1 => $libdir/libvrn90_t.so.1" >/dev/null || fail "not linked to the package's library"
 $sudo_cmd apt-get remove -y -qq --purge libvrn90-t-dev libvrn90-t1 >"$work/apt.log" 2>&1 || { cat "$work/apt.log"; exit 1; }
 [ -f "$work/catalogue" ] && $sudo_cmd install -D -m 644 "$work/catalogue" "$catalogue"
 echo "installed, used and removed: $failures problems"
