@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/export.h"
+#include "desc/cfi.h"
 #include "desc/rtd.h"
 #include "transport/transport.h"
 
@@ -197,6 +198,23 @@ void V2Fields(Out& out, const RTD* rtd) {
     TypeParameters(out, v2.tpv_ptr);
 }
 
+// A C type code in Fortran's words: INTEGER(4), COMPLEX(8), CHARACTER, C_PTR.
+std::string TypeName(CFI_type_t type) {
+    switch (type) {
+    case CFI_type_struct: return "struct";
+    case CFI_type_cptr: return "C_PTR";
+    case CFI_type_cfunptr: return "C_FUNPTR";
+    case CFI_type_other: return "other";
+    default: break;
+    }
+    if (!cfi::Facts(type).known) return "unknown";
+    static constexpr const char* kCategories[] = {"", "INTEGER", "LOGICAL", "REAL", "COMPLEX", "CHARACTER",
+                                                  "", "", "", "BYTE"};
+    std::string name = kCategories[cfi::Category(type)];
+    if (cfi::Category(type) != CFI_category_character && cfi::Category(type) != CFI_category_byte) name += "(" + std::to_string(cfi::Kind(type)) + ")";
+    return name;
+}
+
 }  // namespace
 
 VRN_EXPORT void _vrndmprtd(const void* descriptor, int32_t id) {
@@ -226,7 +244,7 @@ VRN_EXPORT void _vrndmprtd(const void* descriptor, int32_t id) {
     WriteNonstop(2, out.text.data(), static_cast<int32_t>(out.text.size()));
 }
 
-VRN_EXPORT void _vrndmprtd_cfi(const VRNCFIDescriptor* descriptor, int32_t id) {
+VRN_EXPORT void _vrndmprtd_cfi(const CFI_cdesc_t* descriptor, int32_t id) {
     Out out;
     if (descriptor == nullptr) {
         out.Format("[%d] Descriptor not found.\n", id);
@@ -235,17 +253,17 @@ VRN_EXPORT void _vrndmprtd_cfi(const VRNCFIDescriptor* descriptor, int32_t id) {
         out.Format("[%d] ---- C Descriptor at address 0x%.*lx ----\n", id, kPointerDigits, address);
         out.Pointer("base_addr = ", reinterpret_cast<uintptr_t>(descriptor->base_addr));
         out.Format("elem_len = %lu\nversion = %d\nrank = %d\n", static_cast<unsigned long>(descriptor->elem_len),
-                   static_cast<int>(descriptor->version), static_cast<int>(descriptor->rank));
-        const char* attribute = descriptor->attribute == VRN_CFI_ATTRIBUTE_POINTER       ? "pointer"
-                                : descriptor->attribute == VRN_CFI_ATTRIBUTE_ALLOCATABLE ? "allocatable"
-                                : descriptor->attribute == VRN_CFI_ATTRIBUTE_OTHER       ? "other"
-                                                                                         : "unknown";
-        out.Format("attribute = %d ( %s )\ntype = %d\n", static_cast<int>(descriptor->attribute), attribute,
-                   static_cast<int>(descriptor->type));
-        // A rank out of range is shown, but only the dimensions the record can hold print.
-        int rank = descriptor->rank < 0 ? 0 : descriptor->rank > VRN_CFI_MAX_RANK ? VRN_CFI_MAX_RANK : descriptor->rank;
+                   descriptor->version, static_cast<int>(descriptor->rank));
+        const char* attribute = descriptor->attribute == CFI_attribute_pointer       ? "pointer"
+                                : descriptor->attribute == CFI_attribute_allocatable ? "allocatable"
+                                : descriptor->attribute == CFI_attribute_other       ? "other"
+                                                                                     : "unknown";
+        out.Format("attribute = %d ( %s )\n", static_cast<int>(descriptor->attribute), attribute);
+        out.Format("type = %d ( %s )\n", static_cast<int>(descriptor->type), TypeName(descriptor->type).c_str());
+        // A rank out of range is shown, but only the dimensions a descriptor can hold print.
+        int rank = descriptor->rank < 0 ? 0 : descriptor->rank > CFI_MAX_RANK ? CFI_MAX_RANK : descriptor->rank;
         for (int d = 0; d < rank; ++d) {
-            const VRNCFIDimension& dimension = descriptor->dim[d];
+            const CFI_dim_t& dimension = descriptor->dim[d];
             out.Format("  Dimension %d:  lower_bound=%ld  extent=%ld  sm=%ld\n", d, static_cast<long>(dimension.lower_bound),
                        static_cast<long>(dimension.extent), static_cast<long>(dimension.sm));
         }

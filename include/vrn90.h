@@ -11,6 +11,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "ISO_Fortran_binding.h"
 #include "vrn90_keywords.h"
 
 #ifdef __cplusplus
@@ -584,31 +585,29 @@ int32_t _vrnReadUfmtDT(LocalContext* context, void* object, uintptr_t ignored, c
 int32_t _vrnReadUfmtDT_DTIO(LocalContext* context, void* object, uintptr_t ignored, const VrnDTTable* const* table,
     const VrnDTIORow* const* dtio);
 
-/* The descriptor of C interoperability that C code sees for an assumed-shape or
- * assumed-rank dummy argument. */
-#define VRN_CFI_MAX_RANK 15
-#define VRN_CFI_ATTRIBUTE_POINTER     1
-#define VRN_CFI_ATTRIBUTE_ALLOCATABLE 2
-#define VRN_CFI_ATTRIBUTE_OTHER       3
-
-typedef struct VRNCFIDimension {
-    intptr_t lower_bound;
-    intptr_t extent;
-    intptr_t sm; /* bytes between elements along the dimension */
-} VRNCFIDimension;
-
-typedef struct VRNCFIDescriptor {
-    void* base_addr;
-    size_t elem_len;
-    int32_t version;
-    int8_t rank;
-    int8_t attribute;
-    int16_t type;
-    VRNCFIDimension dim[];
-} VRNCFIDescriptor;
+/* ---- C descriptors ----------------------------------------------------------------
+ * Around a call of a BIND(C) procedure compiled code converts between the RTD and the C
+ * descriptor of ISO_Fortran_binding.h. Both return a CFI_ error code and, on an error,
+ * leave their result as it was.
+ *
+ * __vrn_rtd_to_cfi describes the object of `rtd` in `result`, whose storage holds at least
+ * the RTD's rank of dimensions (CFI_CDESC_T(CFI_MAX_RANK) for an assumed-rank dummy).
+ * `attribute` is the dummy's: for CFI_attribute_allocatable the data is there when the
+ * RTD has is_allocated, for CFI_attribute_pointer when it has is_associated or
+ * is_allocated, and the lower bounds are the RTD's; for CFI_attribute_other the lower
+ * bounds are zero. The type comes from data_type and element_len (a scalar RTD of
+ * version 0 or 1 that is not character has no element_len: CFI_INVALID_ELEM_LEN).
+ *
+ * __vrn_cfi_to_rtd writes an array RTD (dscr_type 3, version 1, `source`'s rank, which may
+ * be 0) describing the object of `source`: bounds, extents and strides in bytes, flags
+ * is_allocated and ok_to_deallocate for an allocated allocatable, is_associated for an
+ * associated pointer, is_contiguous where it is. A bound, extent, stride or origin beyond
+ * 32 bits is CFI_INVALID_EXTENT. */
+int __vrn_rtd_to_cfi(CFI_cdesc_t* result, const void* rtd, CFI_attribute_t attribute);
+int __vrn_cfi_to_rtd(void* rtd, const CFI_cdesc_t* source);
 
 /* Writes a C descriptor to standard error in the manner of _vrndmprtd. */
-void _vrndmprtd_cfi(const VRNCFIDescriptor* descriptor, int32_t id);
+void _vrndmprtd_cfi(const CFI_cdesc_t* descriptor, int32_t id);
 /* The same through list-directed WRITE on unit 6, with warnings; `header` is the address of
  * header.dscr_type of an array RTD, `data` that of its data. */
 void _vrdmprtd(const void* header, const void* data);

@@ -32,7 +32,7 @@ for file in "./usr/lib/libvrn90_t.so.1 -> libvrn90_t.so.1.0.0" ./usr/lib/libvrn9
             ./opt/vrcmp/msg/en_US/vrqmsg90.cat ./usr/share/vrn90/nls/vrqmsg90.cat ./usr/share/man/man7/vrnrteopts.7; do
   grep -qxF "$file" "$work/runtime.txt" || fail "runtime lacks $file"
 done
-for file in "./usr/lib/libvrn90_t.so -> libvrn90_t.so.1" ./usr/include/vrn90.h ./usr/include/vrn90_keywords.h \
+for file in "./usr/lib/libvrn90_t.so -> libvrn90_t.so.1" ./usr/include/ISO_Fortran_binding.h ./usr/include/vrn90.h ./usr/include/vrn90_keywords.h \
             ./usr/lib/cmake/vrn90/vrn90Config.cmake ./usr/lib/cmake/vrn90/vrn90Targets.cmake ./usr/lib/pkgconfig/vrn90.pc; do
   grep -qxF "$file" "$work/development.txt" || fail "development lacks $file"
 done

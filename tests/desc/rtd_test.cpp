@@ -234,37 +234,3 @@ TEST(RunTimeDescriptors, ListDumpFlagsWhatNoOrdinaryArrayHas) {
 }
 
 }  // namespace
-
-namespace {
-
-TEST(RunTimeDescriptors, DumpOfACDescriptor) {
-    static_assert(sizeof(VRNCFIDescriptor) == 2 * sizeof(void*) + 8, "base address, length, then 8 bytes");
-    static_assert(sizeof(VRNCFIDimension) == 3 * sizeof(void*), "three address-sized words a dimension");
-    {
-        vrntest::CapturedRun run;
-        _vrndmprtd_cfi(nullptr, 3);
-        run.Finish();
-        EXPECT_EQ(run.err(), "[3] Descriptor not found.\n");
-    }
-    alignas(8) unsigned char storage[sizeof(VRNCFIDescriptor) + 2 * sizeof(VRNCFIDimension)] = {};
-    auto* descriptor = reinterpret_cast<VRNCFIDescriptor*>(storage);
-    double data[6] = {};
-    descriptor->base_addr = data;
-    descriptor->elem_len = 8;
-    descriptor->version = 1;
-    descriptor->rank = 2;
-    descriptor->attribute = VRN_CFI_ATTRIBUTE_ALLOCATABLE;
-    descriptor->type = 28;
-    descriptor->dim[0] = VRNCFIDimension{0, 3, 8};
-    descriptor->dim[1] = VRNCFIDimension{-1, 2, 24};
-    vrntest::CapturedRun run;
-    _vrndmprtd_cfi(descriptor, 4);
-    run.Finish();
-    EXPECT_EQ(run.err(), "[4] ---- C Descriptor at address " + vrntest::Hex(descriptor) + " ----\nbase_addr = " + vrntest::Hex(data) +
-                             "\nelem_len = 8\nversion = 1\nrank = 2\nattribute = 2 ( allocatable )\ntype = 28\n"
-                             "  Dimension 0:  lower_bound=0  extent=3  sm=8\n"
-                             "  Dimension 1:  lower_bound=-1  extent=2  sm=24\n"
-                             "[4] -- End C Descriptor at address " + vrntest::Hex(descriptor) + " --\n");
-}
-
-}  // namespace
