@@ -65,7 +65,8 @@ VRN_EXPORT int CFI_establish(CFI_cdesc_t* dv, void* base_addr, CFI_attribute_t a
                              size_t elem_len, CFI_rank_t rank, const CFI_index_t extents[]) {
     if (dv == nullptr) return CFI_INVALID_DESCRIPTOR;
     if (attribute < CFI_attribute_pointer || attribute > CFI_attribute_other) return CFI_INVALID_ATTRIBUTE;
-    if (attribute == CFI_attribute_allocatable && base_addr != nullptr) return CFI_ERROR_BASE_ADDR_NOT_NULL;
+    // Data makes the object nonallocatable, so the attribute is what is wrong.
+    if (attribute == CFI_attribute_allocatable && base_addr != nullptr) return CFI_INVALID_ATTRIBUTE;
     cfi::TypeFacts facts = cfi::Facts(type);
     if (!facts.known) return CFI_INVALID_TYPE;
     size_t length = facts.length;

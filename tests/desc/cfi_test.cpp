@@ -113,7 +113,7 @@ TEST(CDescriptorEstablish, ResultsAndErrorsOfTheTable) {
         {nullptr, CFI_attribute_pointer, CFI_type_char, 7, 1, nullptr, CFI_SUCCESS},
         {nullptr, CFI_attribute_other, CFI_type_struct, 24, 0, nullptr, CFI_SUCCESS},
         {data, CFI_attribute_other, CFI_type_int, 0, CFI_MAX_RANK, nullptr, CFI_INVALID_EXTENT},
-        {data, CFI_attribute_allocatable, CFI_type_float, 0, 1, extents, CFI_ERROR_BASE_ADDR_NOT_NULL},
+        {data, CFI_attribute_allocatable, CFI_type_float, 0, 1, extents, CFI_INVALID_ATTRIBUTE},
         {data, 0, CFI_type_float, 0, 1, extents, CFI_INVALID_ATTRIBUTE},
         {data, 4, CFI_type_float, 0, 1, extents, CFI_INVALID_ATTRIBUTE},
         {data, CFI_attribute_other, 0, 0, 1, extents, CFI_INVALID_TYPE},
