@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench inquire_bench location_bench movement_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench inquire_bench location_bench movement_bench cfi_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
@@ -397,4 +397,26 @@ for label, name, key in [("INQUIRE (u, nine specifiers)", "InquireUnit", "unit")
     print(f"{label:40} {ns:8.1f} {g:9.1f} {g / ns:9.2f}")
 PY
 rm -f "$inquire_results"
+
+# C descriptors: a section walked through CFI_address beside the stride loop written by
+# hand, and the conversions of a rank-3 RTD.
+cfi_results=$(mktemp)
+build/host/bench/cfi_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$cfi_results" --benchmark_out_format=json >/dev/null 2>&1
+python3 - "$cfi_results" <<'PY'
+import json, sys
+runs = {b["run_name"]: b for b in json.load(open(sys.argv[1]))["benchmarks"] if b.get("aggregate_name") == "median"}
+ns = lambda name: runs[name]["real_time"]
+print()
+hand = ns("WalkByHandWithStrides")
+print(f"{'C descriptors: 10,000,000 elements, ms':40} {'ours':>8} {'by hand':>9} {'ratio':>7}")
+for label, name in [("walk through CFI_address (inline)", "WalkThroughCFIAddress"),
+                    ("walk through CFI_address (function)", "WalkThroughCFIAddressFunction")]:
+    print(f"{label:40} {ns(name):8.1f} {hand:9.1f} {ns(name) / hand:7.2f}")
+print(f"{'conversion of a rank-3 section, ns':40} {'ours':>8} {'goal':>9}")
+for label, name in [("RTD to C descriptor", "ConvertRank3RTDToCDescriptor"),
+                    ("C descriptor to RTD", "ConvertRank3CDescriptorToRTD")]:
+    print(f"{label:40} {ns(name):8.1f} {50:9.1f}")
+PY
+rm -f "$cfi_results"
 rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"

@@ -42,23 +42,10 @@ bool InBounds(const CFI_cdesc_t* dv, int d, CFI_index_t subscript) {
 
 }  // namespace
 
-VRN_EXPORT void* CFI_address(const CFI_cdesc_t* dv, const CFI_index_t subscripts[]) {
-    if (dv == nullptr || dv->base_addr == nullptr) return nullptr;
-    auto* address = static_cast<char*>(dv->base_addr);
-    int rank = dv->rank;
-    if (rank == 0) return address;
-    if (subscripts == nullptr) return nullptr;
-    // Out of bounds has no error code here; a null result is safer than a wild address.
-    for (int d = 0; d < rank; ++d) {
-        const CFI_dim_t& dim = dv->dim[d];
-        CFI_index_t offset;
-        if (!Subtract(subscripts[d], dim.lower_bound, &offset)) return nullptr;
-        if (static_cast<size_t>(offset) >= static_cast<size_t>(dim.extent) && !(dim.extent == -1 && offset >= 0)) {
-            return nullptr;
-        }
-        address += offset * dim.sm;
-    }
-    return address;
+// The header gives the same code inline; this is the function behind it, for callers
+// that take its address or define CFI_NO_INLINE_ADDRESS.
+VRN_EXPORT void* (CFI_address)(const CFI_cdesc_t* dv, const CFI_index_t subscripts[]) {
+    return __vrn_cfi_address(dv, subscripts);
 }
 
 VRN_EXPORT int CFI_establish(CFI_cdesc_t* dv, void* base_addr, CFI_attribute_t attribute, CFI_type_t type,
@@ -144,18 +131,7 @@ VRN_EXPORT int CFI_deallocate(CFI_cdesc_t* dv) {
 VRN_EXPORT int CFI_is_contiguous(const CFI_cdesc_t* dv) {
     // Only an array with data can be found contiguous; anything else answers 0.
     if (!Valid(dv) || dv->base_addr == nullptr || dv->rank == 0) return 0;
-    if (cfi::AssumedSize(dv)) return 1;
-    for (int d = 0; d < dv->rank; ++d) {
-        if (dv->dim[d].extent == 0) return 1;
-    }
-    // A dimension of extent 1 never steps, so its stride says nothing.
-    CFI_index_t expected = static_cast<CFI_index_t>(dv->elem_len);
-    for (int d = 0; d < dv->rank; ++d) {
-        const CFI_dim_t& dim = dv->dim[d];
-        if (dim.extent == 1) continue;
-        if (dim.sm != expected || !Multiply(expected, dim.extent, &expected)) return 0;
-    }
-    return 1;
+    return cfi::Contiguous(dv) ? 1 : 0;
 }
 
 VRN_EXPORT int CFI_section(CFI_cdesc_t* result, const CFI_cdesc_t* source, const CFI_index_t lower_bounds[],

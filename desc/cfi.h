@@ -58,4 +58,20 @@ inline bool Valid(const CFI_cdesc_t* dv) {
 // The last dimension of an assumed-size array has the extent -1.
 inline bool AssumedSize(const CFI_cdesc_t* dv) { return dv->rank > 0 && dv->dim[dv->rank - 1].extent == -1; }
 
+// Whether the elements of an array with data follow one another in array element order
+// with no gaps. An empty or assumed-size array is contiguous; a dimension of extent 1
+// never steps, so its stride says nothing.
+inline bool Contiguous(const CFI_cdesc_t* dv) {
+    if (AssumedSize(dv)) return true;
+    CFI_index_t expected = static_cast<CFI_index_t>(dv->elem_len);
+    bool gapless = true;
+    for (int d = 0; d < dv->rank; ++d) {
+        const CFI_dim_t& dim = dv->dim[d];
+        if (dim.extent == 0) return true;
+        if (dim.extent == 1) continue;
+        if (dim.sm != expected || __builtin_mul_overflow(expected, dim.extent, &expected)) gapless = false;
+    }
+    return gapless;
+}
+
 }  // namespace cfi

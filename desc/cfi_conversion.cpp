@@ -106,7 +106,7 @@ VRN_EXPORT int __vrn_cfi_to_rtd(void* rtd, const CFI_cdesc_t* source) {
     if (source->base_addr != nullptr) {
         if (source->attribute == CFI_attribute_allocatable) flags = RTD_FLAG_IS_ALLOCATED | RTD_FLAG_OK_TO_DEALLOCATE;
         if (source->attribute == CFI_attribute_pointer) flags = RTD_FLAG_IS_ASSOCIATED;
-        if (rank == 0 || CFI_is_contiguous(source)) flags |= RTD_FLAG_IS_CONTIGUOUS;
+        if (cfi::Contiguous(source)) flags |= RTD_FLAG_IS_CONTIGUOUS;
     }
     auto* array = static_cast<RTDArray*>(rtd);
     array->base_ptr = reinterpret_cast<uintptr_t>(source->base_addr);

@@ -167,6 +167,47 @@ int CFI_section(CFI_cdesc_t* result, const CFI_cdesc_t* source, const CFI_index_
 int CFI_select_part(CFI_cdesc_t* result, const CFI_cdesc_t* source, size_t displacement, size_t elem_len);
 int CFI_setpointer(CFI_cdesc_t* result, CFI_cdesc_t* source, const CFI_index_t lower_bounds[]);
 
+/* CFI_address is called once an element, so the header also gives it inline, where the
+ * compiler can keep the subscripts in registers; the function above answers the same.
+ * Define CFI_NO_INLINE_ADDRESS to call the function always. */
+#ifndef CFI_NO_INLINE_ADDRESS
+/* Moves *address to the subscript along dimension d; 0 when it lies outside. Unsigned
+ * arithmetic: a subscript below the lower bound wraps to a huge offset and fails the same
+ * comparison as one beyond the upper bound. */
+static inline int __vrn_cfi_step(const CFI_cdesc_t* dv, int d, CFI_index_t subscript, char** address) {
+    const CFI_dim_t* dim = &dv->dim[d];
+    size_t offset = (size_t)subscript - (size_t)dim->lower_bound;
+    if (offset >= (size_t)dim->extent && !(dim->extent == -1 && d == dv->rank - 1 && (CFI_index_t)offset >= 0)) {
+        return 0;
+    }
+    *address += offset * (size_t)dim->sm;
+    return 1;
+}
+
+static inline void* __vrn_cfi_address(const CFI_cdesc_t* dv, const CFI_index_t subscripts[]) {
+    if (dv == NULL || dv->base_addr == NULL) return NULL;
+    int rank = dv->rank;
+    if (rank == 0) return dv->base_addr;
+    if (subscripts == NULL) return NULL;
+    char* address = (char*)dv->base_addr;
+    int inside = 1;
+    switch (rank) {
+    case 1: inside = __vrn_cfi_step(dv, 0, subscripts[0], &address); break;
+    case 2:
+        inside = __vrn_cfi_step(dv, 0, subscripts[0], &address) && __vrn_cfi_step(dv, 1, subscripts[1], &address);
+        break;
+    case 3:
+        inside = __vrn_cfi_step(dv, 0, subscripts[0], &address) && __vrn_cfi_step(dv, 1, subscripts[1], &address) &&
+                 __vrn_cfi_step(dv, 2, subscripts[2], &address);
+        break;
+    default:
+        for (int d = 0; d < rank && inside; ++d) inside = __vrn_cfi_step(dv, d, subscripts[d], &address);
+    }
+    return inside ? address : NULL;
+}
+#define CFI_address(dv, subscripts) __vrn_cfi_address((dv), (subscripts))
+#endif
+
 #ifdef __cplusplus
 }
 #endif
