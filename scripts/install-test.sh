@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs a build into a staging directory (DESTDIR) and builds examples/files.c against
 # the installed files three ways: CMake's find_package, pkg-config, and a plain
-# `cc -lvrn90_t`. Each program runs with the installed library and the installed
+# `cc -lvrn90_t`; examples/c_descriptors.c the plain way. Each program runs with the installed library and the installed
 # catalogue, and must print the message text that only the catalogue holds.
 #   scripts/install-test.sh BUILD_DIR
 set -euo pipefail
@@ -44,6 +44,14 @@ check pkg-config "$work/files-pkgconfig" "$(pkg-config --variable=nlsdir vrn90)"
 # 3. Plain: the include directory and -lvrn90_t, as a compiler driver would add them.
 cc "$source_dir/examples/files.c" -I"$prefix/include" -L"$libdir" -lvrn90_t -o "$work/files-plain"
 check plain "$work/files-plain" "$prefix/share/vrn90/nls"
+
+# ISO_Fortran_binding.h is installed beside vrn90.h and finds the installed CFI_ procedures.
+cc "$source_dir/examples/c_descriptors.c" -I"$prefix/include" -L"$libdir" -lvrn90_t -o "$work/c_descriptors"
+if [ "$(LD_LIBRARY_PATH="$libdir" "$work/c_descriptors")" = "allocated 1, lower bound 1: 16 20 24" ]; then
+  echo "ISO_Fortran_binding.h: ok"
+else
+  echo "ISO_Fortran_binding.h: FAILED"; failures=$((failures + 1))
+fi
 
 # The installed shared object carries its soname, and the link-time name points at it.
 [ "$(readlink "$libdir/libvrn90_t.so")" = libvrn90_t.so.1 ] || { echo "libvrn90_t.so: wrong link"; failures=$((failures + 1)); }
