@@ -174,7 +174,7 @@ int CFI_setpointer(CFI_cdesc_t* result, CFI_cdesc_t* source, const CFI_index_t l
 /* Moves *address to the subscript along dimension d; 0 when it lies outside. Unsigned
  * arithmetic: a subscript below the lower bound wraps to a huge offset and fails the same
  * comparison as one beyond the upper bound. */
-static inline int __vrn_cfi_step(const CFI_cdesc_t* dv, int d, CFI_index_t subscript, char** address) {
+static inline int __vrn_cfi_step(const CFI_cdesc_t* dv, int d, CFI_index_t subscript, uintptr_t* address) {
     const CFI_dim_t* dim = &dv->dim[d];
     size_t offset = (size_t)subscript - (size_t)dim->lower_bound;
     if (offset >= (size_t)dim->extent && !(dim->extent == -1 && d == dv->rank - 1 && (CFI_index_t)offset >= 0)) {
@@ -189,7 +189,8 @@ static inline void* __vrn_cfi_address(const CFI_cdesc_t* dv, const CFI_index_t s
     int rank = dv->rank;
     if (rank == 0) return dv->base_addr;
     if (subscripts == NULL) return NULL;
-    char* address = (char*)dv->base_addr;
+    /* An address, not a char *: a negative stride adds a wrapped unsigned step. */
+    uintptr_t address = (uintptr_t)dv->base_addr;
     int inside = 1;
     switch (rank) {
     case 1: inside = __vrn_cfi_step(dv, 0, subscripts[0], &address); break;
@@ -203,7 +204,7 @@ static inline void* __vrn_cfi_address(const CFI_cdesc_t* dv, const CFI_index_t s
     default:
         for (int d = 0; d < rank && inside; ++d) inside = __vrn_cfi_step(dv, d, subscripts[d], &address);
     }
-    return inside ? address : NULL;
+    return inside ? (void*)address : NULL;
 }
 #define CFI_address(dv, subscripts) __vrn_cfi_address((dv), (subscripts))
 #endif
