@@ -14,7 +14,7 @@ namespace {
 // The C type of an RTD's data type and element length; 0 where the length is no kind of
 // the type.
 CFI_type_t TypeOfRTD(uint8_t dataType, int32_t length) {
-    auto sized = [length](int category, int kind) -> CFI_type_t {
+    auto sized = [](int category, int kind) -> CFI_type_t {
         return cfi::Facts(static_cast<CFI_type_t>(CFI_TYPE_CODE(category, kind))).known
                    ? static_cast<CFI_type_t>(CFI_TYPE_CODE(category, kind))
                    : 0;
