@@ -17,6 +17,7 @@
 #include "core/unit.h"
 #include "format/format_control.h"
 #include "listio/listio.h"
+#include "listio/namelist.h"
 #include "desc/array_walk.h"
 #include "transport/transport.h"
 #include "ufmt/unformatted.h"
@@ -25,7 +26,7 @@
 const BeginRoutine DispatchBeginIO[kDispatchEntries] = {
     BeginIOUfmt, BeginIOUfmt, nullptr, nullptr, // unformatted
     BeginIOReadLd, BeginIOWriteLd, nullptr, nullptr,  // list-directed
-    nullptr, nullptr, nullptr, nullptr,         // namelist
+    BeginIOReadNl, BeginIOWriteNl, nullptr, nullptr,  // namelist
     BeginIOFmt, BeginIOFmt, nullptr, nullptr,   // formatted
 };
 

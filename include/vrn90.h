@@ -585,6 +585,58 @@ int32_t _vrnReadUfmtDT(LocalContext* context, void* object, uintptr_t ignored, c
 int32_t _vrnReadUfmtDT_DTIO(LocalContext* context, void* object, uintptr_t ignored, const VrnDTTable* const* table,
     const VrnDTIORow* const* dtio);
 
+/* ---- Namelist groups ----------------------------------------------------------------
+ * A namelist READ or WRITE is a statement of kind VRN_KIND_NAMELIST whose kindArgument
+ * is the address of its group. It has no item calls: _vrnBeginIO reads or writes the
+ * whole group, _vrnEndIO ends it. Names are compared without regard to case and written
+ * in upper case.
+ *
+ * A member is a scalar at `address`, or, when `rtd` is not 0, the object its RTD
+ * describes: an array, or an allocatable or pointer (not allocated or not associated when
+ * the RTD's base_ptr is 0: such a member is left out of output and cannot be named in
+ * input). `kind` is the kind of an integer, logical or real, the kind of a part of a
+ * complex, 1 for a byte; `length` the length of a character scalar or element (0 takes
+ * the RTD's element_len). A derived-type member (type 6) has `derived`. */
+typedef struct VrnNamelistType VrnNamelistType;
+
+/* A component of a derived type, beside the row of the same index in its table. `shape`
+ * gives the bounds of an array component held in one run (VRN_ARRAY_RUN): an RTD whose
+ * base_ptr is not read; 0 means one dimension from 1. `type` describes the components
+ * of a derived-type component, 0 when they are not to be named. */
+typedef struct VrnNamelistComponent {
+    const char* name;
+    const VrnNamelistType* type;
+    const void* shape;
+    uint32_t nameLength;
+} VrnNamelistComponent;
+
+/* A derived type: its table, its DTIO tables for input and for output (0 when nothing in
+ * the type has a defined procedure for that direction), and a name for each row. */
+struct VrnNamelistType {
+    const VrnDTTable* table;
+    const VrnDTIORow* readDtio;
+    const VrnDTIORow* writeDtio;
+    const VrnNamelistComponent* components;
+};
+
+typedef struct VrnNamelistMember {
+    const char* name;
+    void* address;
+    const void* rtd;
+    const VrnNamelistType* derived;
+    uint32_t nameLength;
+    uint32_t type;  /* item type code 0-6 */
+    int32_t kind;
+    int32_t length;
+} VrnNamelistMember;
+
+typedef struct VrnNamelistGroup {
+    const char* name;
+    uint32_t nameLength;
+    uint32_t count;
+    VrnNamelistMember members[];
+} VrnNamelistGroup;
+
 /* ---- C descriptors ----------------------------------------------------------------
  * Around a call of a BIND(C) procedure compiled code converts between the RTD and the C
  * descriptor of ISO_Fortran_binding.h. Both return a CFI_ error code and, on an error,
@@ -1367,6 +1419,14 @@ VRN_STATIC_ASSERT(sizeof(VrnFormatText) == 8, "a format text is an address and a
 VRN_STATIC_ASSERT(sizeof(VrnFormatBlock) == 20, "a format block is five words");
 VRN_STATIC_ASSERT(sizeof(VrnDTRow) == 24 && offsetof(VrnDTTable, rows) == 8, "a derived-type table row is six words");
 VRN_STATIC_ASSERT(sizeof(VrnDTIORow) == 24, "a DTIO table row is six words");
+VRN_STATIC_ASSERT(sizeof(VrnNamelistComponent) == 16 && offsetof(VrnNamelistComponent, nameLength) == 12,
+                  "a namelist component is four words");
+VRN_STATIC_ASSERT(sizeof(VrnNamelistType) == 16, "a namelist type is four words");
+VRN_STATIC_ASSERT(sizeof(VrnNamelistMember) == 32 && offsetof(VrnNamelistMember, nameLength) == 16 &&
+                      offsetof(VrnNamelistMember, length) == 28,
+                  "a namelist member is eight words");
+VRN_STATIC_ASSERT(sizeof(VrnNamelistGroup) == 12 && offsetof(VrnNamelistGroup, members) == 12,
+                  "a namelist group is three words, then its members");
 #endif
 
 #endif

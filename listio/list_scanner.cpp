@@ -261,8 +261,11 @@ bool Scanner::FetchFromInput() {
         if (byte >= 0) {
             c_->ld_at_record_start = 0;
             if (c_->ld_skip_column) {
+                // Column 1 of a namelist record is the carriage-control column of the
+                // records namelist output writes: a blank there is dropped. The older
+                // dialect did not read the column at all.
                 c_->ld_skip_column = 0;
-                continue;
+                if (byte == ' ' || c_->global->options.optNamelist == VRN_KEY_OLD) continue;
             }
             if (!Append(static_cast<char>(byte))) return false;
             byte_ = byte;
@@ -347,7 +350,8 @@ Outcome Scanner::Done(Finish form) {
     if (form == Finish::F1 || form == Finish::F3) c_->nl_name_pending = 0;
     c_->ld_state = next_;
     c_->ld_rescan_cursor = cursor_;
-    if (!rescan_) c_->ld_rescan_fill = static_cast<int32_t>(cursor_ - buffer_);
+    // A scan that rewound before it finished leaves the bytes to be read again.
+    c_->ld_rescan_fill = static_cast<int32_t>((rescan_ ? fill_ : cursor_) - buffer_);
     return kFinished;
 }
 

@@ -29,26 +29,7 @@ void ReportUnplaceable(LocalContext* context, int32_t internalMessage, int32_t i
     if (ErrorHandler(kClassConversion, kKindError, message, iostat, 0u) == kRecover) context->itemsStopped = 1;
 }
 
-// Ends the current record and begins the next with a blank (or without one). false when
-// the statement must stop.
-bool NewRecord(LocalContext* context, bool withBlank) {
-    if (!IOTerminateRecord(context)) {
-        context->itemsStopped = 1;
-        return false;
-    }
-    if (context->atEndOfFile) {
-        // An internal file has no further record.
-        int32_t iostat = (context->options & VRN_OPTION_LD_OVERFLOW_MINUS2) ? -2 : 2;
-        ErrorHandler(kClassSevere, kKindError, 2, iostat, 0u);
-        context->itemsStopped = 1;
-        return false;
-    }
-    if (withBlank && IOPutByte(context, ' ') != 1) {
-        context->itemsStopped = 1;
-        return false;
-    }
-    return true;
-}
+bool NewRecord(LocalContext* context, bool withBlank) { return LdNewRecord(context, withBlank); }
 
 bool Write(LocalContext* context, const char* bytes, int32_t count) {
     if (count <= 0) return true;
@@ -349,6 +330,25 @@ void WriteDelimited(LocalContext* context, const char* text, int32_t length) {
 }
 
 }  // namespace
+
+bool LdNewRecord(LocalContext* context, bool withBlank) {
+    if (!IOTerminateRecord(context)) {
+        context->itemsStopped = 1;
+        return false;
+    }
+    if (context->atEndOfFile) {
+        // An internal file has no further record.
+        int32_t iostat = (context->options & VRN_OPTION_LD_OVERFLOW_MINUS2) ? -2 : 2;
+        ErrorHandler(kClassSevere, kKindError, 2, iostat, 0u);
+        context->itemsStopped = 1;
+        return false;
+    }
+    if (withBlank && IOPutByte(context, ' ') != 1) {
+        context->itemsStopped = 1;
+        return false;
+    }
+    return true;
+}
 
 int32_t EndIOWriteLd(LocalContext* context) { return IOTerminateRecord(context); }
 

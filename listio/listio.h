@@ -9,6 +9,9 @@ struct LocalContext;
 // A list-directed WRITE starts its record with one blank and ends it at _vrnEndIO.
 int32_t BeginIOWriteLd(LocalContext* context, void* kindArgument);
 int32_t EndIOWriteLd(LocalContext* context);
+// Ends the record being written and begins the next, with a blank when asked; the end of
+// an internal file is message 2. false when the statement must stop.
+bool LdNewRecord(LocalContext* context, bool withBlank);
 
 // A list-directed READ skips the rest of its last record at _vrnEndIO.
 int32_t BeginIOReadLd(LocalContext* context, void* kindArgument);

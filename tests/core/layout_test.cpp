@@ -40,6 +40,26 @@ TEST(Layout, DerivedTypeTablesAreRowsOfSixWords) {
 }
 
 #if UINTPTR_MAX == 0xFFFFFFFFu
+TEST(Layout, NamelistRecordsAreAddressesThenWords) {
+    EXPECT_EQ(offsetof(VrnNamelistGroup, nameLength), kAddress);
+    EXPECT_EQ(offsetof(VrnNamelistGroup, count), kAddress + 4);
+    EXPECT_EQ(offsetof(VrnNamelistGroup, members), kAddress + 8);
+    EXPECT_EQ(offsetof(VrnNamelistMember, address), kAddress);
+    EXPECT_EQ(offsetof(VrnNamelistMember, rtd), 2 * kAddress);
+    EXPECT_EQ(offsetof(VrnNamelistMember, derived), 3 * kAddress);
+    EXPECT_EQ(offsetof(VrnNamelistMember, nameLength), 4 * kAddress);
+    EXPECT_EQ(offsetof(VrnNamelistMember, type), 4 * kAddress + 4);
+    EXPECT_EQ(offsetof(VrnNamelistMember, kind), 4 * kAddress + 8);
+    EXPECT_EQ(offsetof(VrnNamelistMember, length), 4 * kAddress + 12);
+    EXPECT_EQ(sizeof(VrnNamelistMember), 4 * kAddress + 16);
+    EXPECT_EQ(offsetof(VrnNamelistType, readDtio), kAddress);
+    EXPECT_EQ(offsetof(VrnNamelistType, writeDtio), 2 * kAddress);
+    EXPECT_EQ(offsetof(VrnNamelistType, components), 3 * kAddress);
+    EXPECT_EQ(offsetof(VrnNamelistComponent, type), kAddress);
+    EXPECT_EQ(offsetof(VrnNamelistComponent, shape), 2 * kAddress);
+    EXPECT_EQ(offsetof(VrnNamelistComponent, nameLength), 3 * kAddress);
+}
+
 TEST(Layout, TargetRecordsAreExactlyTheirWords) {
     EXPECT_EQ(sizeof(KeywordEntry), 12u);
     EXPECT_EQ(sizeof(KeywordList), 8u);
