@@ -265,7 +265,10 @@ bool Scanner::FetchFromInput() {
                 // records namelist output writes: a blank there is dropped. The older
                 // dialect did not read the column at all.
                 c_->ld_skip_column = 0;
-                if (byte == ' ' || c_->global->options.optNamelist == VRN_KEY_OLD) continue;
+                if (byte == ' ' || c_->global->options.optNamelist == VRN_KEY_OLD) {
+                    Commit();  // the byte may have come from the record in place
+                    continue;
+                }
             }
             if (!Append(static_cast<char>(byte))) return false;
             byte_ = byte;
