@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 
 cmake --preset host -DVRN_BUILD_TESTS=OFF -DVRN_BUILD_BENCH=OFF >/dev/null
 cmake --build --preset host
-for example in print_empty files list_output formatted_report matmul unformatted arrays_and_types c_descriptors; do
+for example in print_empty files list_output formatted_report matmul unformatted arrays_and_types c_descriptors namelist_config; do
   echo "== examples/$example"
   (cd build/host/examples && ./"$example")
 done
