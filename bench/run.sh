@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench inquire_bench location_bench movement_bench cfi_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench inquire_bench location_bench movement_bench cfi_bench namelist_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
@@ -258,6 +258,9 @@ formatted_table fmt_read_bench bench/peers/format_read.f90 "formatted READ from 
 formatted_table list_read_bench bench/peers/list_read.f90 "list-directed READ from a file, ns" '[
   ("READ *, 2,000,000 REAL(8)", "ReadReal8/2000000", "130", "r8"),
   ("READ *, 5,000,000 INTEGER(4)", "ReadInteger4/5000000", "3x", "i4")]'
+formatted_table namelist_bench bench/peers/namelist.f90 "NAMELIST of 1,000 members on a file, ns a value" '[
+  ("WRITE (u, NML=big), 50,000 values", "WriteGroup", "3x", "write"),
+  ("READ (u, NML=big), 50,000 values", "ReadGroup", "3x", "read")]'
 
 # Unformatted arrays: GB/s beside gfortran and dd, on the ordinary file system (the file
 # in the page cache, its write-back in the figures) and on tmpfs (the page cache alone,

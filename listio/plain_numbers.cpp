@@ -77,7 +77,7 @@ bool PlainNumberInPlace(LocalContext* context) {
     bool integer = type == 0 || type == 3;
     if (!integer && type != 4) return false;
     uint32_t state = context->ld_state;
-    if ((state != 1 && state != 2 && state != 13) || context->ld_pending_char >= 0 || context->ld_in_namelist ||
+    if ((state != 1 && state != 2 && state != 13) || context->ld_pending_char >= 0 ||
         context->ld_blank_zero || (context->options & VRN_OPTION_LD_INTERCHANGE)) {
         return false;
     }

@@ -10,7 +10,7 @@ seconds=${1:-120}
 shift || true
 fuzzers=("$@")
 [ ${#fuzzers[@]} -gt 0 ] || fuzzers=(option_fuzzer message_fuzzer atof_fuzzer format_fuzzer format_write_fuzzer
-                                     format_read_fuzzer list_read_fuzzer ufmt_read_fuzzer cfi_fuzzer)
+                                     format_read_fuzzer list_read_fuzzer ufmt_read_fuzzer cfi_fuzzer namelist_fuzzer)
 cmake --preset fuzz >/dev/null
 cmake --build build/fuzz
 status=0

@@ -406,5 +406,28 @@ TEST_F(Namelist, GroupsInTurnAndDecimalComma) {
     ASSERT_EQ(Close(21), 0);
 }
 
+// A file as gfortran writes it: blank-padded values, quotation marks, a comma behind each.
+TEST_F(Namelist, ReadsTheLayoutOfOtherCompilers) {
+    int32_t n = 0, a[3] = {};
+    double x = 0;
+    char s[8];
+    int32_t l = 0;
+    float z[2] = {};
+    auto rtd = DescribeArray(a, 4, RTD_TYPE_INTEGER, {{1, 3}});
+    Group group("grp");
+    group.Scalar("N", &n, 0, 4).Array("A", rtd.head(), 0, 4).Scalar("X", &x, 4, 8).Scalar("S", s, 2, 0, 8);
+    group.Scalar("L", &l, 1, 4).Scalar("Z", z, 5, 4);
+    EXPECT_EQ(ReadInternal(group, "&GRP\n N=7          ,\n A=1          ,2          ,3          ,\n"
+                                  " X=  1.5000000000000000     ,\n S=\"it's ok \",\n L=T,\n"
+                                  " Z=(1.00000000,-2.00000000),\n /"),
+              0);
+    EXPECT_EQ(n, 7);
+    EXPECT_EQ(a[2], 3);
+    EXPECT_EQ(x, 1.5);
+    EXPECT_EQ(std::string(s, 8), "it's ok ");
+    EXPECT_EQ(l, 1);
+    EXPECT_EQ(z[1], -2.0f);
+}
+
 }  // namespace
 }  // namespace vrntest
