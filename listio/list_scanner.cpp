@@ -979,6 +979,13 @@ int32_t Scanner::Run(bool resume) {
             if (outcome == kFinished) return 1;
             if (outcome == kStopped) return 0;
             state_ = next_;
+            if (state_ == 0) {
+                // The dead state accepts nothing, not even the end of the file: the text
+                // can no longer be a value.
+                LDReportSyntaxError(c);
+                Stop();
+                return 0;
+            }
             if (!redispatch_) break;
             redispatch_ = false;
             redispatching_ = true;
