@@ -192,6 +192,7 @@ private:
     int32_t rememberedLength_ = 0;
 
     int32_t nameIndex_ = 0;
+    bool wordIsName_ = false;
     uint32_t rememberedState_ = 0;
 };
 
@@ -500,8 +501,11 @@ Outcome Scanner::IntegerEnds() {
 Outcome Scanner::NamelistWord() {
     bool interchange = (c_->options & VRN_OPTION_LD_INTERCHANGE) != 0;
     int upper = Upper(byte_);
-    bool word = (class_ == 15 && type_ == 1) || (class_ == 15 && interchange && (type_ == 0 || type_ == 3)) ||
-                (type_ == 4 && (upper == 'I' || upper == 'N'));
+    // A word that "(" has shown to be a name (action 37) is not taken for a value again,
+    // which under the interchange flag it would be, for ever.
+    bool word = !wordIsName_ &&
+                ((class_ == 15 && type_ == 1) || (class_ == 15 && interchange && (type_ == 0 || type_ == 3)) ||
+                 (type_ == 4 && (upper == 'I' || upper == 'N')));
     if (!word) {
         c_->array_abandon = 1;
         c_->ld_next_name = 1;
@@ -713,6 +717,7 @@ Outcome Scanner::Perform(uint32_t action) {
         return Done(next_ == 3 ? Finish::F2 : Finish::F4);
     case 37:
         type_ = 0;
+        wordIsName_ = true;
         Rewind(true);
         next_ = 1;
         return kGoOn;
