@@ -128,6 +128,19 @@ int32_t RealSize(int32_t kind) { return kind == 4 || kind == 8 ? kind : 16; }
 }  // namespace
 
 
+void LDStartScan(LocalContext* context) {
+    context->ld_pending_char = -1;
+    context->ld_at_record_start = 0;
+    context->ld_skip_column = 0;
+    context->ld_in_subscript = 0;
+    context->nl_name_begun = 0;
+    context->ld_in_namelist = 0;
+    context->ld_blank_zero = 0;
+    context->ld_type_error = 0;
+    context->ld_undelimited_ok = 1;
+    for (uint32_t i = 0; i < 25; ++i) context->ld_class_map[i] = i;
+}
+
 int32_t EndIOReadLd(LocalContext* context) {
     // A non-advancing READ leaves the record where it stands.
     if (!context->advancing) return context->status;
@@ -156,17 +169,8 @@ int32_t BeginIOReadLd(LocalContext* context, void*) {
         context->ld_state = translate[context->ld_state];
         context->ld_type_error = 0;
     } else {
+        LDStartScan(context);
         context->ld_state = comma ? 60 : 1;
-        context->ld_pending_char = -1;
-        context->ld_at_record_start = 0;
-        context->ld_skip_column = 0;
-        context->ld_in_subscript = 0;
-        context->nl_name_begun = 0;
-        context->ld_in_namelist = 0;
-        context->ld_blank_zero = 0;
-        context->ld_type_error = 0;
-        context->ld_undelimited_ok = 1;
-        for (uint32_t i = 0; i < 25; ++i) context->ld_class_map[i] = i;
         // "&", "$" and ":" mean something only to namelist input.
         context->ld_class_map[16] = 0;
         context->ld_class_map[17] = 0;

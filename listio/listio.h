@@ -16,6 +16,8 @@ bool LdNewRecord(LocalContext* context, bool withBlank);
 // A list-directed READ skips the rest of its last record at _vrnEndIO.
 int32_t BeginIOReadLd(LocalContext* context, void* kindArgument);
 int32_t EndIOReadLd(LocalContext* context);
+// A statement's scan from its first byte: nothing pending, every class its own.
+void LDStartScan(LocalContext* context);
 // End of file in a list-directed READ.
 int32_t LDEndOfFileError(LocalContext* context);
 // Frees a context's rescan buffer when the contexts go.

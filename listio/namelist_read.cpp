@@ -125,22 +125,15 @@ int32_t BeginIOReadNl(LocalContext* context, void* groupArgument) {
         return context->status;
     }
     context->ld_repeat = 0;
-    context->ld_pending_char = -1;
-    context->ld_at_record_start = 0;
-    context->ld_skip_column = 0;
-    context->ld_in_subscript = 0;
+    LDStartScan(context);
     context->ld_in_namelist = 1;
     // Blanks in numbers are zeros only where the connection asks for it (BLANK='ZERO').
     context->ld_blank_zero = context->modeBlank == VRN_KEY_ZERO ? 1 : 0;
-    context->ld_type_error = 0;
-    context->ld_undelimited_ok = 1;
     context->ld_next_name = 0;
     context->array_abandon = 0;
     context->nl_name_pending = 0;
     context->nl_equal_seen = 0;
-    context->nl_name_begun = 0;
     context->nl_end_seen = 0;
-    for (uint32_t i = 0; i < 25; ++i) context->ld_class_map[i] = i;
     if (!context->dtioChild) context->endRoutine = EndIOReadNl;
     if (group == nullptr) {
         context->itemsStopped = 1;
