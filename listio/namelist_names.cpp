@@ -114,6 +114,22 @@ bool Ranges(const Subscript* list, int32_t count, int32_t rank, const int64_t* l
     return dimension == rank;
 }
 
+// The elements of lo:hi:step, counted without overflow whatever the three values.
+int64_t SectionExtent(const Range& range) {
+    uint64_t distance, stride;
+    if (range.step > 0) {
+        if (range.high < range.low) return 0;
+        distance = static_cast<uint64_t>(range.high) - static_cast<uint64_t>(range.low);
+        stride = static_cast<uint64_t>(range.step);
+    } else {
+        if (range.low < range.high) return 0;
+        distance = static_cast<uint64_t>(range.low) - static_cast<uint64_t>(range.high);
+        stride = 0 - static_cast<uint64_t>(range.step);
+    }
+    uint64_t count = distance / stride + 1;
+    return count > static_cast<uint64_t>(INT64_MAX) ? INT64_MAX : static_cast<int64_t>(count);
+}
+
 bool InBounds(int64_t value, int64_t lower, int64_t extent) { return value >= lower && value < lower + extent; }
 
 // The section of `object` that the subscripts select.
@@ -125,14 +141,18 @@ bool ApplySubscripts(const Subscript* list, int32_t count, NamelistObject* objec
     section.whole = false;
     for (int32_t d = 0; d < object->rank; ++d) {
         const Range& range = ranges[d];
-        int64_t extent = (range.high - range.low + range.step) / range.step;
-        if (extent < 0) extent = 0;
-        if (range.single || extent > 0) {
-            int64_t last = range.low + (extent - 1) * range.step;
-            if (!InBounds(range.low, object->lower[d], object->extent[d])) return false;
-            if (!range.single && !InBounds(last, object->lower[d], object->extent[d])) return false;
+        int64_t extent = range.single ? 1 : SectionExtent(range);
+        if (extent > 0) {
+            // Both ends inside the dimension; a section cannot have more elements than it.
+            int64_t span, last;
+            if (!InBounds(range.low, object->lower[d], object->extent[d]) || extent > object->extent[d] ||
+                __builtin_mul_overflow(extent - 1, range.step, &span) ||
+                __builtin_add_overflow(range.low, span, &last) ||
+                !InBounds(last, object->lower[d], object->extent[d])) {
+                return false;
+            }
+            section.base += (range.low - object->lower[d]) * object->stride[d];
         }
-        section.base += (range.low - object->lower[d]) * object->stride[d];
         if (range.single) continue;
         section.lower[section.rank] = 1;
         section.extent[section.rank] = extent;
