@@ -156,7 +156,9 @@ bool ApplySubscripts(const Subscript* list, int32_t count, NamelistObject* objec
         if (range.single) continue;
         section.lower[section.rank] = 1;
         section.extent[section.rank] = extent;
-        section.stride[section.rank] = range.step * object->stride[d];
+        // With two elements or more the step lies within the dimension; with fewer it
+        // takes no part and may be anything.
+        section.stride[section.rank] = extent > 1 ? range.step * object->stride[d] : object->stride[d];
         ++section.rank;
     }
     *object = section;
