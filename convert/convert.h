@@ -65,6 +65,10 @@ inline double WidenKeepingNaNKind(float value) {
 double ubx_atof(const char* text, int roundKey);
 float ubx_strtof(const char* text, char** end, int roundKey);
 DoubleDouble _qatof(const char* text, int roundKey);
+// ubx_atof and ubx_strtof without the wide-product shortcut: the exact road that decides
+// whatever the shortcut cannot, for tests to hold the shortcut against.
+double ExactRoadAtof(const char* text, int roundKey);
+float ExactRoadStrtof(const char* text, int roundKey);
 void ubx_qatof(double* result, const char* text, int roundKey);
 // After an "N" at the start of a mantissa: 1 "nanq", 2 "nans", 3 "nan" and anything else.
 int checknan(const char* text);

@@ -8,9 +8,11 @@
 #include <cstdint>
 #include <cstring>
 
+#include "convert/binary_grid.h"
 #include "convert/convert.h"
 #include "convert/eight_digits.h"
 #include "convert/exact_compare.h"
+#include "convert/power_product.h"
 #include "core/float_status.h"
 
 namespace {
@@ -19,8 +21,8 @@ constexpr double kInfinity = __builtin_huge_val();
 #include "convert/power_tables.inc"
 
 constexpr int kBlockDigits = 15;
-constexpr double kExponentLimit = 350;
-constexpr double kPairExponentCap = 0x20000000;
+constexpr int64_t kExponentLimit = 350;
+constexpr int64_t kPairExponentCap = 0x20000000;
 
 bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
@@ -34,26 +36,31 @@ bool StartsWithFolded(const char* text, const char* word) {
     return true;
 }
 
-// The significant digits of a decimal text in blocks of 15, and the power of ten that
-// scales them: value = (block[0] 10^(n1+n2) + block[1] 10^n2 + block[2]) 10^exponent.
-struct DecimalText {
+// Where a scanned text stands, whatever its digits were gathered into.
+struct ScannedText {
     bool negative = false;
     bool anyDigit = false;
-    double blocks[3] = {0, 0, 0};
-    int blockDigits[3] = {0, 0, 0};
-    double exponent = 0;
+    int64_t exponent = 0;  // the power of ten of the last digit kept
     const char* afterSign = nullptr;
     const char* end = nullptr;
 };
 
+// The significant digits in blocks of 15, for the 16-byte path:
+// value = (block[0] 10^(n1+n2) + block[1] 10^n2 + block[2]) 10^exponent.
+struct DecimalText : ScannedText {
+    double blocks[3] = {0, 0, 0};
+    int blockDigits[3] = {0, 0, 0};
+};
+
 // Appends one significant digit to the blocks; digits past the blocks only count.
-struct DigitSink {
+struct BlockSink {
     DecimalText& d;
     int blockCount;
     uint64_t accumulator = 0;
     int block = 0;
     int inBlock = 0;
 
+    bool Empty() const { return block == 0 && inBlock == 0; }
     // Whether eight digits fit the block being filled, as TakeEight needs.
     bool RoomForEight() const { return block < blockCount && inBlock + 8 <= kBlockDigits; }
     void TakeEight(uint32_t value) {
@@ -78,69 +85,190 @@ struct DigitSink {
     }
 };
 
-// Tested byte by byte so that nothing behind the text's end is read.
-bool EightDigitsAt(const char* p) {
-    for (int i = 0; i < 8; ++i) {
-        if (!IsDigit(p[i])) return false;
+// The first 30 significant digits as the 19 that fit a word and the 11 behind them:
+// value = (lead 10^tailDigits + tail) 10^exponent.
+constexpr int kLeadDigits = 19;
+constexpr int kTailDigits = 11;
+
+struct WideDecimal : ScannedText {
+    uint64_t lead = 0;
+    int leadDigits = 0;
+    uint64_t tail = 0;
+    int tailDigits = 0;
+};
+
+struct WideSink {
+    WideDecimal& d;
+
+    bool Empty() const { return d.leadDigits == 0; }
+    bool RoomForEight() const {
+        return d.leadDigits + 8 <= kLeadDigits || (d.leadDigits == kLeadDigits && d.tailDigits + 8 <= kTailDigits);
     }
-    return true;
+    void TakeEight(uint32_t value) {
+        if (d.leadDigits + 8 <= kLeadDigits) {
+            d.lead = d.lead * 100000000u + value;
+            d.leadDigits += 8;
+        } else {
+            d.tail = d.tail * 100000000u + value;
+            d.tailDigits += 8;
+        }
+    }
+    bool Take(int digit) {
+        if (d.leadDigits < kLeadDigits) {
+            d.lead = d.lead * 10 + static_cast<uint64_t>(digit);
+            ++d.leadDigits;
+        } else if (d.tailDigits < kTailDigits) {
+            d.tail = d.tail * 10 + static_cast<uint64_t>(digit);
+            ++d.tailDigits;
+        } else {
+            return false;
+        }
+        return true;
+    }
+    void Close() {}
+};
+
+// A text and the NUL that ends it: words of eight bytes are read only before the NUL.
+struct TextSpan {
+    const char* text;
+    const char* end;
+};
+
+// Whether the eight bytes at p are all digits; p + 8 must not pass the span's end.
+bool EightDigitsAt(const char* p) {
+    uint64_t word = eight_digits::LoadLowFirst(p);
+    // Each byte 0x30 to 0x39: its high half is 3, and adding 6 keeps it so.
+    constexpr uint64_t kHighHalves = 0xF0F0F0F0F0F0F0F0ull;
+    constexpr uint64_t kThrees = 0x3030303030303030ull;
+    return (word & kHighHalves) == kThrees && ((word + 0x0606060606060606ull) & kHighHalves) == kThrees;
 }
 
-DecimalText Scan(const char* text, int blockCount) {
-    DecimalText d;
-    const char* p = text;
+// The largest explicit exponent kept: any beyond settles the value as zero or infinity
+// all the same, and the sums with digit counts cannot wrap.
+constexpr int64_t kExponentCap = 1000000000000000;
+
+// An exponent letter with its optional sign and digits, added to *exponent; the text
+// behind it.
+const char* ScanExponent(const char* p, int64_t* exponent) {
+    if (!IsExponentLetter(*p)) return p;
+    const char* q = p + 1;
+    bool negative = false;
+    if (*q == '+' || *q == '-') negative = *q++ == '-';
+    int64_t value = 0;
+    for (; IsDigit(*q); ++q) {
+        if (value < kExponentCap) value = value * 10 + (*q - '0');
+    }
+    *exponent += negative ? -value : value;
+    return q;
+}
+
+// Sign, digits (into the sink), point and exponent of a text.
+template <typename Sink>
+void Scan(TextSpan span, ScannedText& d, Sink& sink) {
+    const char* p = span.text;
+    // Eight more bytes before the NUL: enough to take a word of digits.
+    auto roomForWord = [&](const char* at) { return span.end - at >= 8; };
     while (IsSpace(*p)) ++p;
     if (*p == '+' || *p == '-') d.negative = *p++ == '-';
     d.afterSign = p;
-    DigitSink sink{d, blockCount};
+    int64_t exponent = 0;
     // In front of the point: leading zeros are passed over; dropped digits still count.
     const char* digitsStart = p;
     while (*p == '0') ++p;
     for (;;) {
-        if (sink.RoomForEight() && EightDigitsAt(p)) {
+        if (roomForWord(p) && sink.RoomForEight() && EightDigitsAt(p)) {
             sink.TakeEight(eight_digits::Value(p));
             p += 8;
             continue;
         }
         if (!IsDigit(*p)) break;
-        if (!sink.Take(*p - '0')) d.exponent += 1;
+        if (!sink.Take(*p - '0')) exponent += 1;
         ++p;
     }
     d.anyDigit = p != digitsStart;
     if (*p == '.') {
         ++p;
         const char* fractionStart = p;
-        if (sink.block == 0 && sink.inBlock == 0) {
+        if (sink.Empty()) {
             // Zeros right behind the point only place it.
-            for (; *p == '0'; ++p) d.exponent -= 1;
+            for (; *p == '0'; ++p) exponent -= 1;
         }
         for (;;) {
-            if (sink.RoomForEight() && EightDigitsAt(p)) {
+            if (roomForWord(p) && sink.RoomForEight() && EightDigitsAt(p)) {
                 sink.TakeEight(eight_digits::Value(p));
-                d.exponent -= 8;
+                exponent -= 8;
                 p += 8;
                 continue;
             }
             if (!IsDigit(*p)) break;
-            if (sink.Take(*p - '0')) d.exponent -= 1;
+            if (sink.Take(*p - '0')) exponent -= 1;
             ++p;
         }
         d.anyDigit = d.anyDigit || p != fractionStart;
     }
     sink.Close();
-    if (d.anyDigit && IsExponentLetter(*p)) {
-        const char* q = p + 1;
-        bool negativeExponent = false;
-        if (*q == '+' || *q == '-') negativeExponent = *q++ == '-';
-        double value = 0;
-        // Added in floating point, so that a huge exponent cannot wrap.
-        for (; IsDigit(*q); ++q) {
-            if (value < 1e300) value = value * 10 + (*q - '0');
-        }
-        d.exponent += negativeExponent ? -value : value;
-        p = q;
-    }
+    if (d.anyDigit) p = ScanExponent(p, &exponent);
+    d.exponent = exponent;
     d.end = p;
+}
+
+// A mantissa of at most 19 significant digits, the common case, gathered in one word
+// with no test per digit of where it goes. False for a longer mantissa, which the
+// general scan then takes again.
+bool ScanShort(TextSpan span, WideDecimal& d) {
+    const char* p = span.text;
+    while (IsSpace(*p)) ++p;
+    if (*p == '+' || *p == '-') d.negative = *p++ == '-';
+    d.afterSign = p;
+    const char* digitsStart = p;
+    while (*p == '0') ++p;
+    uint64_t value = 0;  // wraps past 19 digits, when it is not used
+    auto gather = [&] {
+        const char* first = p;
+        while (span.end - p >= 8 && EightDigitsAt(p)) {
+            value = value * 100000000u + eight_digits::Value(p);
+            p += 8;
+        }
+        for (; IsDigit(*p); ++p) value = value * 10 + static_cast<uint64_t>(*p - '0');
+        return p - first;
+    };
+    int64_t count = gather();
+    d.anyDigit = p != digitsStart;
+    int64_t exponent = 0;
+    if (*p == '.') {
+        ++p;
+        const char* fractionStart = p;
+        if (count == 0) {
+            while (*p == '0') ++p;  // only place the point
+            exponent = fractionStart - p;
+        }
+        int64_t behind = gather();
+        count += behind;
+        exponent -= behind;
+        d.anyDigit = d.anyDigit || p != fractionStart;
+    }
+    if (count > kLeadDigits) return false;
+    if (d.anyDigit) p = ScanExponent(p, &exponent);
+    d.lead = value;
+    d.leadDigits = static_cast<int>(count);
+    d.exponent = exponent;
+    d.end = p;
+    return true;
+}
+
+DecimalText ScanBlocks(const char* text, int blockCount) {
+    DecimalText d;
+    BlockSink sink{d, blockCount};
+    Scan({text, text + std::strlen(text)}, d, sink);
+    return d;
+}
+
+WideDecimal ScanWide(TextSpan span) {
+    WideDecimal d;
+    if (ScanShort(span, d)) return d;
+    d = WideDecimal{};
+    WideSink sink{d};
+    Scan(span, d, sink);
     return d;
 }
 
@@ -157,9 +285,6 @@ DoubleDouble ScaleByPowerOfTen(DoubleDouble value, int n, bool* overflow) {
     }
     return value;
 }
-
-// How a magnitude is rounded: the ROUND= mode with the value's sign folded in.
-enum class MagnitudeRounding { Nearest, Compatible, TowardZero, AwayFromZero };
 
 MagnitudeRounding MagnitudeRoundingOf(int roundKey, int entryMode, bool negative) {
     int mode;
@@ -179,6 +304,12 @@ MagnitudeRounding MagnitudeRoundingOf(int roundKey, int entryMode, bool negative
     }
 }
 
+// The rounding of a text's magnitude; only PROCESSOR_DEFINED reads the caller's mode.
+MagnitudeRounding RoundingOfText(int roundKey, bool negative) {
+    int entry = roundKey == kRoundProcessorDefined ? float_status::GetRoundingMode() : FE_TONEAREST;
+    return MagnitudeRoundingOf(roundKey, entry, negative);
+}
+
 // The floating-point mode that rounds a magnitude that way (COMPATIBLE's ties aside).
 int FenvModeOf(MagnitudeRounding rounding) {
     switch (rounding) {
@@ -187,16 +318,6 @@ int FenvModeOf(MagnitudeRounding rounding) {
     default: return FE_TONEAREST;
     }
 }
-
-// A binary format's grid: `precision` significant bits, steps of 2^minExponent at the
-// bottom, finite values below 2^(maxExponent + 1).
-struct BinaryFormat {
-    int precision;
-    int minExponent;
-    int maxExponent;
-};
-constexpr BinaryFormat kDoubleFormat{53, -1074, 1023};
-constexpr BinaryFormat kFloatFormat{24, -149, 127};
 
 constexpr double kTwoTo256 = 0x1p256;
 
@@ -210,40 +331,32 @@ struct ScaledDecimal {
     int shift;
 };
 
-// false for a value that the limits settle (0 or infinite), with *settled holding it.
-bool Approximate(const DecimalText& d, ScaledDecimal* out, double* settled) {
-    double sign = d.negative ? -1.0 : 1.0;
-    if (d.blocks[0] == 0) {
-        *settled = sign * 0.0;
-        return false;
-    }
-    if (d.exponent > kExponentLimit) {
-        *settled = sign * kInfinity;
-        return false;
-    }
-    // The limit applies to the value, not to the exponent of its last kept digit: a
-    // 30-digit mantissa of a subnormal may have an exponent below -350.
-    if (d.exponent + d.blockDigits[0] + d.blockDigits[1] < -kExponentLimit) {
-        *settled = sign * 0.0;
-        return false;
-    }
-    out->mantissa = {static_cast<uint64_t>(d.blocks[0]), d.blockDigits[1], static_cast<uint64_t>(d.blocks[1])};
-    out->exponent = static_cast<int>(d.exponent);
-    // The up to 30 digits as one exact double-double: A 10^digits(B) + B. All parts are
-    // whole numbers below 2^100, so the sums are exact.
-    DoubleDouble mantissa{d.blocks[0], 0.0};
-    if (d.blockDigits[1] > 0) {
-        mantissa = AddDouble(TwoProduct(d.blocks[0], kPowersOfTen[d.blockDigits[1]].hi), d.blocks[1]);
-    }
-    int magnitude = out->exponent + d.blockDigits[0] + d.blockDigits[1];
-    out->shift = magnitude > 300 ? -256 : magnitude < -290 ? 256 : 0;
-    if (out->shift != 0) {
-        double factor = out->shift > 0 ? kTwoTo256 : 1 / kTwoTo256;
+// The up to 30 digits lead 10^tailDigits + tail as a double-double, exactly: the lead is
+// split into its nearest double and a remainder below 2^11, and every partial sum is a
+// whole number that the pair holds.
+DoubleDouble ExactMantissa(const WideDecimal& d) {
+    double leadHigh = static_cast<double>(d.lead);
+    double leadLow = static_cast<double>(static_cast<int64_t>(d.lead - static_cast<uint64_t>(leadHigh)));
+    if (d.tailDigits == 0) return FastTwoSum(leadHigh, leadLow);
+    double scale = kPowersOfTen[d.tailDigits].hi;
+    return AddDouble(TwoProduct(leadHigh, scale), leadLow * scale + static_cast<double>(d.tail));
+}
+
+// Needs round-to-nearest, as the double-double steps do.
+ScaledDecimal Approximate(const WideDecimal& d) {
+    ScaledDecimal x;
+    x.mantissa = {d.lead, d.tailDigits, d.tail};
+    x.exponent = static_cast<int>(d.exponent);
+    DoubleDouble mantissa = ExactMantissa(d);
+    int magnitude = x.exponent + d.leadDigits + d.tailDigits;
+    x.shift = magnitude > 300 ? -256 : magnitude < -290 ? 256 : 0;
+    if (x.shift != 0) {
+        double factor = x.shift > 0 ? kTwoTo256 : 1 / kTwoTo256;
         mantissa = {mantissa.hi * factor, mantissa.lo * factor};
     }
     bool overflow = false;
-    out->approx = out->exponent == 0 ? mantissa : ScaleByPowerOfTen(mantissa, out->exponent, &overflow);
-    return true;
+    x.approx = x.exponent == 0 ? mantissa : ScaleByPowerOfTen(mantissa, x.exponent, &overflow);
+    return x;
 }
 
 // The exponent of a normal double: floor(log2(x)).
@@ -260,15 +373,6 @@ double PowerOfTwo(int e) {
     std::memcpy(&x, &bits, sizeof x);
     return x;
 }
-
-// A magnitude on a format's grid: n 2^q, n below 2^precision.
-struct GridValue {
-    uint64_t n;
-    int q;
-};
-
-// Where the value lies between n 2^q and (n + 1) 2^q.
-enum class Remainder { None, BelowHalf, Half, AboveHalf };
 
 // The approximation decides the rounding unless it falls within this fraction of a grid
 // step of a boundary; its error is below 2^-45 of a step.
@@ -330,10 +434,9 @@ GridValue RoundOntoGrid(const ScaledDecimal& x, BinaryFormat format, MagnitudeRo
         int order = compare(n + 1, q);
         if (order >= 0) {
             remainder = order == 0 ? Remainder::None : Remainder::BelowHalf;
-            if (++n == top) {
-                n = top / 2;
-                ++q;
-            }
+            GridValue next = StepUp({n, q}, format);
+            n = next.n;
+            q = next.q;
         } else {
             remainder = Remainder::AboveHalf;
         }
@@ -343,63 +446,53 @@ GridValue RoundOntoGrid(const ScaledDecimal& x, BinaryFormat format, MagnitudeRo
     } else {
         remainder = fraction < 0.5 ? Remainder::BelowHalf : Remainder::AboveHalf;
     }
-    bool up = false;
-    switch (rounding) {
-    case MagnitudeRounding::TowardZero: up = false; break;
-    case MagnitudeRounding::AwayFromZero: up = remainder != Remainder::None; break;
-    case MagnitudeRounding::Nearest:
-        up = remainder == Remainder::AboveHalf || (remainder == Remainder::Half && (n & 1) != 0);
-        break;
-    case MagnitudeRounding::Compatible: up = remainder == Remainder::AboveHalf || remainder == Remainder::Half; break;
-    }
-    if (up && ++n == top) {
-        n = top / 2;
-        ++q;
-    }
-    return {n, q};
+    GridValue g{n, q};
+    return RoundsUp(remainder, rounding, n) ? StepUp(g, format) : g;
 }
 
-// n 2^q as a double; past the format's largest finite value, infinity, or that value
-// when rounding toward zero.
-double GridToDouble(GridValue g, BinaryFormat format, MagnitudeRounding rounding) {
-    if (g.n == 0) return 0;
-    if (63 - __builtin_clzll(g.n) + g.q > format.maxExponent) {
-        if (rounding != MagnitudeRounding::TowardZero) return kInfinity;
-        uint64_t largest = (uint64_t{1} << format.precision) - 1;
-        return static_cast<double>(largest) * PowerOfTwo(format.maxExponent + 1 - format.precision);
+// Which way a conversion may go: the exact road alone is there for the tests.
+enum class Road { Fastest, ExactOnly };
+
+// The rounded magnitude of the scanned digits on the format's grid: the wide product
+// when it can tell, else the double-double and the exact comparison. A mantissa cut at
+// 19 digits is decided only when the value with the next 19-digit mantissa rounds to the
+// same grid point: rounding is monotone, so every value between does too.
+GridValue RoundDecimal(const WideDecimal& d, BinaryFormat format, MagnitudeRounding rounding, Road road) {
+    int q = static_cast<int>(d.exponent) + d.tailDigits;
+    GridValue g;
+    if (road == Road::Fastest && RoundByPowerProduct(d.lead, q, format, rounding, &g)) {
+        GridValue above;
+        if (d.tail == 0 ||
+            (RoundByPowerProduct(d.lead + 1, q, format, rounding, &above) && above.n == g.n && above.q == g.q)) {
+            return g;
+        }
     }
-    // Both products exact: the value is on the format's grid.
-    double n = static_cast<double>(g.n);
-    if (g.q < -1022) return n * PowerOfTwo(g.q + 1022) * PowerOfTwo(-1022);
-    return n * PowerOfTwo(g.q);
+    NearestRoundingScope nearest;  // the double-double steps are exact only so
+    return RoundOntoGrid(Approximate(d), format, rounding);
 }
 
-// The correctly rounded magnitude of the scanned text in the format, or -1 when the
-// text's limits settle it (then *settled holds the signed value).
-double ConvertMagnitude(const DecimalText& d, BinaryFormat format, MagnitudeRounding rounding, double* settled) {
-    // Short mantissas with small exponents: one correctly rounded operation on exact
-    // operands, when rounding to nearest.
-    if (rounding == MagnitudeRounding::Nearest && d.blockDigits[1] == 0 && d.exponent >= -22 &&
-        d.exponent <= 22 && d.blocks[0] != 0) {
-        int e = static_cast<int>(d.exponent);
-        if (format.precision == kDoubleFormat.precision) {
-            double ten = kPowersOfTen[e < 0 ? -e : e].hi;
-            return e < 0 ? d.blocks[0] / ten : d.blocks[0] * ten;
-        }
-        if (d.blocks[0] < 0x1p24 && e >= -10 && e <= 10) {
-            float ten = static_cast<float>(kPowersOfTen[e < 0 ? -e : e].hi);
-            float a = static_cast<float>(d.blocks[0]);
-            return e < 0 ? a / ten : a * ten;
-        }
+// The signed value of the scanned digits in the format, as its bit pattern: the limits
+// settle zeros and infinities before any rounding, as they always have.
+uint64_t ConvertToBits(const WideDecimal& d, BinaryFormat format, int roundKey, Road road) {
+    const uint64_t sign = uint64_t{d.negative ? 1u : 0u} << SignBit(format);
+    const uint64_t infinity = static_cast<uint64_t>(2 * format.maxExponent + 1) << (format.precision - 1);
+    if (d.lead == 0) return sign;
+    if (d.exponent > kExponentLimit) return sign | infinity;
+    // The limit applies to the value, not to the exponent of its last kept digit: a
+    // 30-digit mantissa of a subnormal may have an exponent below -350.
+    if (d.exponent + d.leadDigits + d.tailDigits < -kExponentLimit) return sign;
+    MagnitudeRounding rounding = RoundingOfText(roundKey, d.negative);
+    GridValue g = RoundDecimal(d, format, rounding, road);
+    if (Overflows(g, format)) {
+        // Past the largest finite value: infinity, or that value when rounding toward zero.
+        return sign | (rounding == MagnitudeRounding::TowardZero ? infinity - 1 : infinity);
     }
-    ScaledDecimal x;
-    if (!Approximate(d, &x, settled)) return -1;
-    return GridToDouble(RoundOntoGrid(x, format, rounding), format, rounding);
+    return sign | GridBits(g, format);
 }
 
 // What a text without digits names, as an index into the IEEE value tables: 0 nothing
 // (the value 0), 1 infinity, 2 quiet NaN, 3 signalling NaN.
-int SpecialIndex(const DecimalText& d) {
+int SpecialIndex(const ScannedText& d) {
     char first = *d.afterSign;
     if (first == 'i' || first == 'I') return checknf(d.afterSign) != 0 ? 1 : 0;
     if (first == 'n' || first == 'N') {
@@ -412,11 +505,32 @@ int SpecialIndex(const DecimalText& d) {
 // The value from the type's own table, so that a signalling NaN is never converted (and
 // quieted) on its way.
 template <typename Float, typename Bits>
-Float Special(const DecimalText& d, const Bits (&table)[7]) {
+Float Special(const ScannedText& d, const Bits (&table)[7]) {
     int index = SpecialIndex(d);
     if (index == 0) return d.negative ? -Float(0) : Float(0);
     Bits bits = table[d.negative ? index + 3 : index];
     Float value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+double TextToDouble(const char* text, int roundKey, Road road) {
+    if (text == nullptr) return 0;
+    WideDecimal d = ScanWide({text, text + std::strlen(text)});
+    if (!d.anyDigit) return Special<double>(d, d_ieee_val);
+    uint64_t bits = ConvertToBits(d, kDoubleFormat, roundKey, road);
+    double value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+float TextToFloat(const char* text, char** end, int roundKey, Road road) {
+    WideDecimal d = ScanWide({text, text + std::strlen(text)});
+    if (end != nullptr) *end = const_cast<char*>(d.end);
+    if (!d.anyDigit) return Special<float>(d, f_ieee_val);
+    // Rounded once, straight onto the float grid.
+    uint32_t bits = static_cast<uint32_t>(ConvertToBits(d, kFloatFormat, roundKey, road));
+    float value;
     std::memcpy(&value, &bits, sizeof value);
     return value;
 }
@@ -436,32 +550,18 @@ int checknf(const char* text) {
     return StartsWithFolded(text, "infinity") ? 8 : 3;
 }
 
-double ubx_atof(const char* text, int roundKey) {
-    if (text == nullptr) return 0;
-    DecimalText d = Scan(text, 2);
-    if (!d.anyDigit) return Special<double>(d, d_ieee_val);
-    NearestRoundingScope nearest;  // the double-double steps are exact only so
-    double settled;
-    double magnitude =
-        ConvertMagnitude(d, kDoubleFormat, MagnitudeRoundingOf(roundKey, nearest.entry(), d.negative), &settled);
-    if (magnitude < 0) return settled;
-    return d.negative ? -magnitude : magnitude;
-}
+double ubx_atof(const char* text, int roundKey) { return TextToDouble(text, roundKey, Road::Fastest); }
 
 float ubx_strtof(const char* text, char** end, int roundKey) {
     if (end != nullptr) *end = const_cast<char*>(text);
     if (text == nullptr) return 0;
-    DecimalText d = Scan(text, 2);
-    if (end != nullptr) *end = const_cast<char*>(d.end);
-    if (!d.anyDigit) return Special<float>(d, f_ieee_val);
-    NearestRoundingScope nearest;
-    double settled;
-    // Rounded once, straight onto the float grid; the conversion to float is then exact.
-    double magnitude =
-        ConvertMagnitude(d, kFloatFormat, MagnitudeRoundingOf(roundKey, nearest.entry(), d.negative), &settled);
-    if (magnitude < 0) return static_cast<float>(settled);
-    float result = static_cast<float>(magnitude);
-    return d.negative ? -result : result;
+    return TextToFloat(text, end, roundKey, Road::Fastest);
+}
+
+double ExactRoadAtof(const char* text, int roundKey) { return TextToDouble(text, roundKey, Road::ExactOnly); }
+
+float ExactRoadStrtof(const char* text, int roundKey) {
+    return text == nullptr ? 0 : TextToFloat(text, nullptr, roundKey, Road::ExactOnly);
 }
 
 // Moves trailing zeros of the mantissa into the exponent. The pair is a sum of rounded
@@ -484,7 +584,7 @@ void DropTrailingZeros(DecimalText& d) {
 DoubleDouble _qatof(const char* text, int roundKey) {
     DoubleDouble zero{0.0, 0.0};
     if (text == nullptr) return zero;
-    DecimalText d = Scan(text, 3);
+    DecimalText d = ScanBlocks(text, 3);
     DropTrailingZeros(d);
     if (!d.anyDigit) return {Special<double>(d, ld_ieee_val), 0.0};
     NearestRoundingScope rounding;

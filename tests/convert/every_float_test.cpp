@@ -1,5 +1,6 @@
 // Every one of the 2^32 REAL(4) bit patterns to nine significant digits, nearest, against
-// glibc's printf, which is exact. A long target kept out of the regular runs:
+// glibc's printf, which is exact; and those nine digits read back, which must give the
+// pattern again. A long target kept out of the regular runs:
 //   build/host/tests/every_float_test [first_pattern last_pattern]
 #include <chrono>
 #include <cinttypes>
@@ -31,6 +32,12 @@ int main(int argc, char** argv) {
         int exponent = std::atoi(theirs + 11);
         if (std::strcmp(digits, ours) != 0 || point != exponent + 1) {
             if (++failures <= 10) std::printf("differ: %a ours %s e%d, printf %s\n", static_cast<double>(value), ours, point, theirs);
+        }
+        char text[40];
+        std::snprintf(text, sizeof text, "%s0.%se%d", sign ? "-" : "", ours, point);
+        float back = ubx_strtof(text, nullptr, kRoundNearest);
+        if (std::memcmp(&back, &value, sizeof value) != 0) {
+            if (++failures <= 10) std::printf("read back: %a from %s gives %a\n", static_cast<double>(value), text, static_cast<double>(back));
         }
         ++checked;
     }

@@ -135,6 +135,15 @@ Float Convert(const std::string& text, int key) {
 }
 
 template <typename Float>
+Float ExactRoad(const std::string& text, int key) {
+    if constexpr (sizeof(Float) == 4) {
+        return ExactRoadStrtof(text.c_str(), key);
+    } else {
+        return ExactRoadAtof(text.c_str(), key);
+    }
+}
+
+template <typename Float>
 void ExpectCorrectlyRounded(const std::string& text, int* failures) {
     Expected<Float> e = Oracle<Float>(text);
     struct {
@@ -146,12 +155,14 @@ void ExpectCorrectlyRounded(const std::string& text, int* failures) {
                  {kRoundUp, e.up},
                  {kRoundDown, e.down}};
     for (auto& m : modes) {
-        Float got = Convert<Float>(text, m.key);
-        if (got != m.expected && *failures < 20) {
-            ++*failures;
-            ADD_FAILURE() << (sizeof(Float) == 4 ? "float " : "double ") << text << " key " << std::hex << m.key
-                          << std::dec << ": got " << std::hexfloat << static_cast<double>(got) << " expected "
-                          << static_cast<double>(m.expected) << std::defaultfloat;
+        // Both roads: the wide product with its fallback, and the fallback alone.
+        for (Float got : {Convert<Float>(text, m.key), ExactRoad<Float>(text, m.key)}) {
+            if (got != m.expected && *failures < 20) {
+                ++*failures;
+                ADD_FAILURE() << (sizeof(Float) == 4 ? "float " : "double ") << text << " key " << std::hex << m.key
+                              << std::dec << ": got " << std::hexfloat << static_cast<double>(got) << " expected "
+                              << static_cast<double>(m.expected) << std::defaultfloat;
+            }
         }
     }
 }
@@ -210,9 +221,13 @@ std::vector<std::string> Corpus() {
         bool negative = random() % 2;
         texts.push_back(TextOf(d, negative));
         for (const std::string& n : Neighbours(d, negative)) texts.push_back(n);
+        // Cut after 19 and 20 digits, where the wide product's mantissa ends.
+        for (size_t keep : {19, 20}) {
+            if (d.digits.size() > keep) texts.push_back(TextOf({d.digits.substr(0, keep), d.point}, negative));
+        }
     }
     // About the smallest normal and through the subnormals: values and halfway points
-    // cut to 17, 18, 25 and 30 digits, and moved by one in the last.
+    // cut to 17 to 20, 25 and 30 digits, and moved by one in the last.
     const int minNormal = single ? -126 : -1022;
     const int minSubnormal = minNormal - precision + 1;
     for (int i = 0; i < kPerFamily; ++i) {
@@ -222,7 +237,7 @@ std::vector<std::string> Corpus() {
         int q = e < minNormal ? minSubnormal : e - precision + 1;
         bool half = random() % 2;
         exact::Decimal d = exact::FromBinary(exact::BigInt(half ? 2 * m + 1 : m), half ? q - 1 : q);
-        for (int keep : {17, 18, 25, 30}) {
+        for (int keep : {17, 18, 19, 20, 25, 30}) {
             exact::Decimal cut{d.digits.substr(0, static_cast<size_t>(keep)), d.point};
             texts.push_back(TextOf(cut, false));
             for (const std::string& n : Neighbours(cut, false)) texts.push_back(n);

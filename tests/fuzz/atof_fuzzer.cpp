@@ -1,5 +1,6 @@
 // Fuzzes decimal-to-binary conversion and the real-field scanner: any text must give a
-// value without a fault or a read past its end.
+// value without a fault or a read past its end, and the wide-product road must give the
+// bits of the exact road in every mode.
 #include <cmath>
 #include <cstring>
 #include <cstdint>
@@ -31,6 +32,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         float upSingle = ubx_strtof(text.data(), nullptr, kRoundUp);
         if (std::isfinite(downSingle) && std::isfinite(upSingle) &&
             (downSingle > upSingle || (downSingle != upSingle && std::nextafter(downSingle, upSingle) != upSingle))) {
+            std::abort();
+        }
+    }
+    for (int mode : keys) {
+        double fast = ubx_atof(text.data(), mode);
+        double exact = ExactRoadAtof(text.data(), mode);
+        float fastSingle = ubx_strtof(text.data(), nullptr, mode);
+        float exactSingle = ExactRoadStrtof(text.data(), mode);
+        if (std::memcmp(&fast, &exact, sizeof fast) != 0 || std::memcmp(&fastSingle, &exactSingle, sizeof fastSingle) != 0) {
             std::abort();
         }
     }
