@@ -134,6 +134,17 @@ void OursAtofOver(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(ubx_atof(texts()[i++ & 4095].c_str(), kRoundNearest));
 }
 
+// The directed modes in turn: UP, DOWN, ZERO.
+template <TextSet texts>
+void OursAtofDirectedOver(benchmark::State& state) {
+    const int keys[3] = {kRoundUp, kRoundDown, kRoundZero};
+    size_t i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(ubx_atof(texts()[i & 4095].c_str(), keys[i % 3]));
+        ++i;
+    }
+}
+
 template <TextSet texts>
 void StrtodOver(benchmark::State& state) {
     size_t i = 0;
@@ -151,10 +162,42 @@ void FromCharsOver(benchmark::State& state) {
     }
 }
 
+// REAL(4) values printed to nine digits, the most a float needs.
+const std::vector<std::string>& FloatTexts() {
+    static const std::vector<std::string> texts = [] {
+        std::vector<std::string> t;
+        char buffer[64];
+        for (double x : Values()) {
+            std::snprintf(buffer, sizeof buffer, "%.9g", static_cast<double>(static_cast<float>(x)));
+            t.emplace_back(buffer);
+        }
+        return t;
+    }();
+    return texts;
+}
+
+void OursStrtof(benchmark::State& state) {
+    size_t i = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(ubx_strtof(FloatTexts()[i++ & 4095].c_str(), nullptr, kRoundNearest));
+}
+BENCHMARK(OursStrtof);
+
+void FromCharsFloat(benchmark::State& state) {
+    size_t i = 0;
+    float value;
+    for (auto _ : state) {
+        const std::string& text = FloatTexts()[i++ & 4095];
+        std::from_chars(text.data(), text.data() + text.size(), value);
+        benchmark::DoNotOptimize(value);
+    }
+}
+BENCHMARK(FromCharsFloat);
+
 BENCHMARK(OursAtofOver<HardTexts>)->Name("OursAtofHard");
 BENCHMARK(StrtodOver<HardTexts>)->Name("StrtodHard");
 BENCHMARK(FromCharsOver<HardTexts>)->Name("FromCharsHard");
 BENCHMARK(OursAtofOver<Texts>)->Name("OursAtof");
+BENCHMARK(OursAtofDirectedOver<Texts>)->Name("OursAtofDirected");
 BENCHMARK(FromCharsOver<Texts>)->Name("FromChars");
 BENCHMARK(StrtodOver<Texts>)->Name("Strtod");
 

@@ -1,5 +1,5 @@
 // Formatted READs from a file in the page cache, as compiled code issues them: ns per
-// value, for reals with ES and integers with I.
+// value, for reals with ES and F and integers with I.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -61,6 +61,16 @@ void ReadES24(benchmark::State& state) {
     unlink(PathOf("vrn_bench_read_es.txt").c_str());
 }
 BENCHMARK(ReadES24)->Arg(2000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void ReadF12(benchmark::State& state) {
+    std::mt19937_64 random(4);
+    std::uniform_real_distribution<double> values(-1e6, 1e6);
+    WriteFile("vrn_bench_read_f.txt", state.range(0), 10,
+              [&](FILE* out, int64_t) { std::fprintf(out, "%12.4f", values(random)); });
+    ReadValues(state, "vrn_bench_read_f.txt", "(10F12.4)", state.range(0), 8, 4, 10);
+    unlink(PathOf("vrn_bench_read_f.txt").c_str());
+}
+BENCHMARK(ReadF12)->Arg(2000000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void ReadI12(benchmark::State& state) {
     std::mt19937 random(3);

@@ -75,8 +75,10 @@ print(f"{'conversion, ns each':34} {'ours':>8} {'to/from_chars':>14} {'glibc':>8
 for label, ours, chars, glibc in [("REAL(8) to 17 significant digits", "Ours17Digits", "ToChars17Digits", "Snprintf17Digits"),
                                   ("REAL(8) to 6 digits behind point", "OursFixed6", "ToCharsFixed6", "SnprintfFixed6"),
                                   ("decimal text to REAL(8)", "OursAtof", "FromChars", "Strtod"),
+                                  ("the same, UP, DOWN and ZERO", "OursAtofDirected", "FromChars", "Strtod"),
                                   ("exact decimals, near-halfway texts", "OursAtofHard", "FromCharsHard", "StrtodHard")]:
     print(f"{label:34} {ns(ours):8.1f} {ns(chars):14.1f} {ns(glibc):8.1f} {ns(ours) / ns(chars):11.2f} {ns(ours) / ns(glibc):11.2f}")
+print(f"{'decimal text to REAL(4), 9 digits':34} {ns('OursStrtof'):8.1f} {ns('FromCharsFloat'):14.1f} {'-':>8} {ns('OursStrtof') / ns('FromCharsFloat'):11.2f}")
 
 l = medians(lists_json)
 ours_real = 1e9 / l["WriteReals/2000000/real_time"]["items_per_second"]
@@ -253,10 +255,11 @@ formatted_table fmt_write_bench bench/peers/format_write.f90 "formatted WRITE to
   ("(I5) a statement, pre-encoded", "OneItemStatements/2000000/0", "50", "i5"),
   ("(I5) a statement, text at run time", "OneItemStatements/2000000/1", "-", "i5text")]'
 formatted_table fmt_read_bench bench/peers/format_read.f90 "formatted READ from a file, ns" '[
-  ("(5ES24.16), 2,000,000 REAL(8)", "ReadES24/2000000", "100", "es24"),
+  ("(5ES24.16), 2,000,000 REAL(8)", "ReadES24/2000000", "3x", "es24"),
+  ("(10F12.4), 2,000,000 REAL(8)", "ReadF12/2000000", "3x", "f12"),
   ("(10I12), 5,000,000 INTEGER(4)", "ReadI12/5000000", "3x", "i12")]'
 formatted_table list_read_bench bench/peers/list_read.f90 "list-directed READ from a file, ns" '[
-  ("READ *, 2,000,000 REAL(8)", "ReadReal8/2000000", "130", "r8"),
+  ("READ *, 2,000,000 REAL(8)", "ReadReal8/2000000", "3x", "r8"),
   ("READ *, 5,000,000 INTEGER(4)", "ReadInteger4/5000000", "3x", "i4")]'
 formatted_table namelist_bench bench/peers/namelist.f90 "NAMELIST of 1,000 members on a file, ns a value" '[
   ("WRITE (u, NML=big), 50,000 values", "WriteGroup", "3x", "write"),

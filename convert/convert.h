@@ -65,6 +65,26 @@ inline double WidenKeepingNaNKind(float value) {
 double ubx_atof(const char* text, int roundKey);
 float ubx_strtof(const char* text, char** end, int roundKey);
 DoubleDouble _qatof(const char* text, int roundKey);
+// A decimal value by its significant digits (at most 19, as a whole number), the power of
+// ten of the last and its sign, as an input editor gathers them while it reads a field;
+// converted as ubx_atof and ubx_strtof convert the same text.
+struct DecimalDigits {
+    uint64_t digits;
+    int32_t count;
+    int64_t exponent;
+    bool negative;
+};
+double DigitsToDouble(const DecimalDigits& digits, int roundKey);
+float DigitsToFloat(const DecimalDigits& digits, int roundKey);
+// A formatted real field of the plain shape, read and converted in one pass: blanks, an
+// optional sign, digits with a point and at least one digit behind it, and an optional
+// exponent letter (E, D or Q in either case) with an optional sign and at least one
+// digit, filling the field to its end. Taken only where the scanner's tables would give
+// the same value, which is the conversion of the text: a mantissa not zero of at most
+// 19 significant digits, a 4- or 8-byte item, and a key of NEAREST or COMPATIBLE (the
+// tables' 0.1 and 1.1 are the nearest values). Stores the value and returns true, or
+// returns false having stored nothing.
+bool ReadPlainReal(const char* field, int32_t width, int32_t size, int roundKey, void* item);
 // ubx_atof and ubx_strtof without the wide-product shortcut: the exact road that decides
 // whatever the shortcut cannot, for tests to hold the shortcut against.
 double ExactRoadAtof(const char* text, int roundKey);

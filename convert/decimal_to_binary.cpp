@@ -263,13 +263,12 @@ DecimalText ScanBlocks(const char* text, int blockCount) {
     return d;
 }
 
-WideDecimal ScanWide(TextSpan span) {
-    WideDecimal d;
-    if (ScanShort(span, d)) return d;
+// Most texts are taken in one pass; a mantissa past 19 digits is taken again.
+void ScanWide(TextSpan span, WideDecimal& d) {
+    if (ScanShort(span, d)) return;
     d = WideDecimal{};
     WideSink sink{d};
     Scan(span, d, sink);
-    return d;
 }
 
 // 10^n for |n| up to the size of the tables, as repeated multiplications by 10^+-64.
@@ -453,20 +452,22 @@ GridValue RoundOntoGrid(const ScaledDecimal& x, BinaryFormat format, MagnitudeRo
 // Which way a conversion may go: the exact road alone is there for the tests.
 enum class Road { Fastest, ExactOnly };
 
-// The rounded magnitude of the scanned digits on the format's grid: the wide product
-// when it can tell, else the double-double and the exact comparison. A mantissa cut at
-// 19 digits is decided only when the value with the next 19-digit mantissa rounds to the
-// same grid point: rounding is monotone, so every value between does too.
-GridValue RoundDecimal(const WideDecimal& d, BinaryFormat format, MagnitudeRounding rounding, Road road) {
+// The rounded magnitude of the scanned digits by the wide product, when it can tell. A
+// mantissa cut at 19 digits is decided only when the value with the next 19-digit
+// mantissa rounds to the same grid point: rounding is monotone, so every value between
+// does too.
+inline bool RoundByProduct(const WideDecimal& d, BinaryFormat format, MagnitudeRounding rounding, GridValue* g) {
     int q = static_cast<int>(d.exponent) + d.tailDigits;
-    GridValue g;
-    if (road == Road::Fastest && RoundByPowerProduct(d.lead, q, format, rounding, &g)) {
-        GridValue above;
-        if (d.tail == 0 ||
-            (RoundByPowerProduct(d.lead + 1, q, format, rounding, &above) && above.n == g.n && above.q == g.q)) {
-            return g;
-        }
-    }
+    if (!RoundByPowerProduct(d.lead, q, format, rounding, g)) return false;
+    if (d.tail == 0) return true;
+    GridValue above;
+    return RoundByPowerProduct(d.lead + 1, q, format, rounding, &above) && above.n == g->n && above.q == g->q;
+}
+
+// The exact road, kept out of line so that the common one stays small: the
+// double-double approximation and, near a boundary, the exact comparison.
+__attribute__((noinline)) GridValue RoundExactly(const WideDecimal& d, BinaryFormat format,
+                                                 MagnitudeRounding rounding) {
     NearestRoundingScope nearest;  // the double-double steps are exact only so
     return RoundOntoGrid(Approximate(d), format, rounding);
 }
@@ -482,7 +483,8 @@ uint64_t ConvertToBits(const WideDecimal& d, BinaryFormat format, int roundKey, 
     // 30-digit mantissa of a subnormal may have an exponent below -350.
     if (d.exponent + d.leadDigits + d.tailDigits < -kExponentLimit) return sign;
     MagnitudeRounding rounding = RoundingOfText(roundKey, d.negative);
-    GridValue g = RoundDecimal(d, format, rounding, road);
+    GridValue g;
+    if (road != Road::Fastest || !RoundByProduct(d, format, rounding, &g)) g = RoundExactly(d, format, rounding);
     if (Overflows(g, format)) {
         // Past the largest finite value: infinity, or that value when rounding toward zero.
         return sign | (rounding == MagnitudeRounding::TowardZero ? infinity - 1 : infinity);
@@ -516,7 +518,8 @@ Float Special(const ScannedText& d, const Bits (&table)[7]) {
 
 double TextToDouble(const char* text, int roundKey, Road road) {
     if (text == nullptr) return 0;
-    WideDecimal d = ScanWide({text, text + std::strlen(text)});
+    WideDecimal d;
+    ScanWide({text, text + std::strlen(text)}, d);
     if (!d.anyDigit) return Special<double>(d, d_ieee_val);
     uint64_t bits = ConvertToBits(d, kDoubleFormat, roundKey, road);
     double value;
@@ -525,7 +528,8 @@ double TextToDouble(const char* text, int roundKey, Road road) {
 }
 
 float TextToFloat(const char* text, char** end, int roundKey, Road road) {
-    WideDecimal d = ScanWide({text, text + std::strlen(text)});
+    WideDecimal d;
+    ScanWide({text, text + std::strlen(text)}, d);
     if (end != nullptr) *end = const_cast<char*>(d.end);
     if (!d.anyDigit) return Special<float>(d, f_ieee_val);
     // Rounded once, straight onto the float grid.
@@ -556,6 +560,31 @@ float ubx_strtof(const char* text, char** end, int roundKey) {
     if (end != nullptr) *end = const_cast<char*>(text);
     if (text == nullptr) return 0;
     return TextToFloat(text, end, roundKey, Road::Fastest);
+}
+
+// Digits an input editor has already gathered: no text to read again.
+uint64_t DigitsToBits(const DecimalDigits& digits, BinaryFormat format, int roundKey) {
+    WideDecimal d;
+    d.negative = digits.negative;
+    d.anyDigit = true;
+    d.exponent = digits.exponent;
+    d.lead = digits.digits;
+    d.leadDigits = digits.count;
+    return ConvertToBits(d, format, roundKey, Road::Fastest);
+}
+
+double DigitsToDouble(const DecimalDigits& digits, int roundKey) {
+    uint64_t bits = DigitsToBits(digits, kDoubleFormat, roundKey);
+    double value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+float DigitsToFloat(const DecimalDigits& digits, int roundKey) {
+    uint32_t bits = static_cast<uint32_t>(DigitsToBits(digits, kFloatFormat, roundKey));
+    float value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
 }
 
 double ExactRoadAtof(const char* text, int roundKey) { return TextToDouble(text, roundKey, Road::ExactOnly); }

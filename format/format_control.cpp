@@ -194,6 +194,7 @@ int32_t Interpreter<Unit>::Header(LocalContext* context, uint32_t op) {
     f.decimalComma = context->modeDecimal == VRN_KEY_COMMA;
     f.standardLevel = StrictLanguageLevel(context->global->options);
     f.roundMode = StatementRoundKey(context);
+    f.processorRound = -1;
     if (!EnsureStack(f, Operand(f.current, VRN_FMT_HEADER_DEPTH - 1))) {
         ErrorHandler(kClassSevere, kKindResources, 37, 37, 0u);
         return kFormatStop;

@@ -40,6 +40,7 @@ struct FormatState {
     int32_t reverted;
     int32_t decimalComma;
     int32_t roundMode;
+    int32_t processorRound;    // the caller's floating-point mode, read once a statement; -1 not yet
     const void* repeatAt;
     uint8_t expressionDone[3];
     int32_t expressionValue[3];

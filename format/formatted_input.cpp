@@ -1,5 +1,6 @@
 // Formatted input of data items: format control picks the descriptor, the record layer
 // hands over the field (a comma ends it early), and an edit conversion stores the value.
+#include <cfenv>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +11,7 @@
 #include "core/context.h"
 #include "core/errors.h"
 #include "core/export.h"
+#include "core/float_status.h"
 #include "core/unit.h"
 #include "format/descriptor_table.h"
 #include "format/edit_input.h"
@@ -232,9 +234,27 @@ void StoreKnownValue(void* item, int32_t size, uint32_t n, bool negative) {
     }
 }
 
+// The statement's rounding as NEAREST or COMPATIBLE, or 0 for a directed mode. The
+// caller's mode cannot change within a statement (a procedure gives back the mode it
+// found), so PROCESSOR_DEFINED reads it once.
+int NearestRoundKey(FormatState& f) {
+    if (f.roundMode == kRoundNearest || f.roundMode == kRoundCompatible) return f.roundMode;
+    if (f.roundMode != kRoundProcessorDefined) return 0;
+    if (f.processorRound < 0) f.processorRound = float_status::GetRoundingMode();
+    return f.processorRound == FE_TONEAREST ? kRoundNearest : 0;
+}
+
 bool EditReal(LocalContext* context, void* item) {
     FormatState& f = context->fmt;
     int32_t width = f.w;
+    // The common field where it stands in the buffer, read and converted in one pass.
+    if (f.scale == 0 && !f.decimalComma) {
+        const char* field = IOFieldInPlace(context, width);
+        if (field != nullptr && ReadPlainReal(field, width, f.size, NearestRoundKey(f), item)) {
+            IOConsumeInPlace(context, width);
+            return true;
+        }
+    }
     FieldBuffer field(context, width + FToRSlack(f.d));
     if (field.text() == nullptr) return OutOfMemory(context);
     char* text = field.text();

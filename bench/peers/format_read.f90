@@ -27,6 +27,18 @@ program format_read
   call system_clock(finish)
   print '(A, F10.1)', 'es24 ', dble(finish - start) / dble(rate) * 1.0d9 / nreal
   rewind (30)
+  do i = 1, nreal, 10
+    write (30, '(10F12.4)') x(i:i + 9)
+  end do
+  endfile (30)
+  rewind (30)
+  call system_clock(start, rate)
+  do i = 1, nreal, 10
+    read (30, '(10F12.4)') x(i:i + 9)
+  end do
+  call system_clock(finish)
+  print '(A, F10.1)', 'f12 ', dble(finish - start) / dble(rate) * 1.0d9 / nreal
+  rewind (30)
   do i = 1, nint, 10
     write (30, '(10I12)') k(i:i + 9)
   end do

@@ -1,0 +1,82 @@
+// The common formatted real field in one pass: its digits gathered as they are checked,
+// eight at a time where they run on, and handed to the conversion as a number.
+#include <cstdint>
+#include <cstring>
+
+#include "convert/convert.h"
+#include "convert/eight_digits.h"
+
+namespace {
+
+bool IsDigit(char c) { return static_cast<unsigned char>(c - '0') <= 9u; }
+
+bool IsExponentLetter(char c) {
+    switch (c) {
+    case 'E': case 'e': case 'D': case 'd': case 'Q': case 'q': return true;
+    default: return false;
+    }
+}
+
+// Whether the eight bytes at p are all digits.
+bool EightDigitsAt(const char* p) {
+    uint64_t word = eight_digits::LoadLowFirst(p);
+    constexpr uint64_t kHighHalves = 0xF0F0F0F0F0F0F0F0ull;
+    constexpr uint64_t kThrees = 0x3030303030303030ull;
+    return (word & kHighHalves) == kThrees && ((word + 0x0606060606060606ull) & kHighHalves) == kThrees;
+}
+
+// An explicit exponent beyond this settles the value all the same.
+constexpr int64_t kExponentCap = 1000000000;
+
+}  // namespace
+
+bool ReadPlainReal(const char* field, int32_t width, int32_t size, int roundKey, void* item) {
+    if ((size != 4 && size != 8) || (roundKey != kRoundNearest && roundKey != kRoundCompatible)) return false;
+    const char* p = field;
+    const char* end = field + width;
+    while (p < end && *p == ' ') ++p;
+    DecimalDigits d{0, 0, 0, false};
+    if (p < end && (*p == '+' || *p == '-')) d.negative = *p++ == '-';
+    while (p < end && *p == '0') ++p;
+    // Digits into d.digits; past 19 the sum wraps and the field goes the long way.
+    auto gather = [&] {
+        const char* first = p;
+        while (end - p >= 8 && EightDigitsAt(p)) {
+            d.digits = d.digits * 100000000u + eight_digits::Value(p);
+            p += 8;
+        }
+        for (; p < end && IsDigit(*p); ++p) d.digits = d.digits * 10 + static_cast<uint64_t>(*p - '0');
+        return static_cast<int32_t>(p - first);
+    };
+    d.count = gather();
+    if (p == end || *p != '.') return false;
+    const char* fraction = ++p;
+    if (d.count == 0) {
+        while (p < end && *p == '0') ++p;  // they only place the point
+        d.exponent = fraction - p;
+    }
+    int32_t behind = gather();
+    d.count += behind;
+    d.exponent -= behind;
+    if (p == fraction || d.count == 0 || d.count > 19) return false;
+    if (p < end) {
+        if (!IsExponentLetter(*p++)) return false;
+        bool negative = false;
+        if (p < end && (*p == '+' || *p == '-')) negative = *p++ == '-';
+        if (p == end) return false;
+        int64_t exponent = 0;
+        for (; p < end && IsDigit(*p); ++p) {
+            if (exponent < kExponentCap) exponent = exponent * 10 + (*p - '0');
+        }
+        if (p != end) return false;
+        d.exponent += negative ? -exponent : exponent;
+    }
+    if (size == 8) {
+        double value = DigitsToDouble(d, roundKey);
+        std::memcpy(item, &value, sizeof value);
+    } else {
+        float value = DigitsToFloat(d, roundKey);
+        std::memcpy(item, &value, sizeof value);
+    }
+    return true;
+}
