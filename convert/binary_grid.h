@@ -32,16 +32,22 @@ struct GridValue {
 // Where the value lies between n 2^q and (n + 1) 2^q.
 enum class Remainder { None, BelowHalf, Half, AboveHalf };
 
-// Whether a value n 2^q + remainder rounds to (n + 1) 2^q.
+// Whether a value n 2^q + remainder rounds to (n + 1) 2^q. A table rather than a switch:
+// the remainder and, in the directed modes, the sign that picks the rounding vary from
+// one value to the next, and a mispredicted branch costs more than the lookup.
 inline bool RoundsUp(Remainder remainder, MagnitudeRounding rounding, uint64_t n) {
-    switch (rounding) {
-    case MagnitudeRounding::TowardZero: return false;
-    case MagnitudeRounding::AwayFromZero: return remainder != Remainder::None;
-    case MagnitudeRounding::Nearest:
-        return remainder == Remainder::AboveHalf || (remainder == Remainder::Half && (n & 1) != 0);
-    case MagnitudeRounding::Compatible: return remainder == Remainder::AboveHalf || remainder == Remainder::Half;
-    }
-    return false;
+    constexpr unsigned kBelow = 1u << static_cast<int>(Remainder::BelowHalf);
+    constexpr unsigned kHalf = 1u << static_cast<int>(Remainder::Half);
+    constexpr unsigned kAbove = 1u << static_cast<int>(Remainder::AboveHalf);
+    // The remainders that round up, by rounding; NEAREST's half goes by n's last bit.
+    constexpr unsigned kUp[4] = {kAbove, kHalf | kAbove, 0, kBelow | kHalf | kAbove};
+    static_assert(static_cast<int>(MagnitudeRounding::Nearest) == 0 && static_cast<int>(MagnitudeRounding::Compatible) == 1 &&
+                      static_cast<int>(MagnitudeRounding::TowardZero) == 2 &&
+                      static_cast<int>(MagnitudeRounding::AwayFromZero) == 3,
+                  "the table's order");
+    unsigned up = (kUp[static_cast<int>(rounding)] >> static_cast<int>(remainder)) & 1u;
+    unsigned tie = (rounding == MagnitudeRounding::Nearest) & (remainder == Remainder::Half) & static_cast<unsigned>(n);
+    return (up | tie) != 0;
 }
 
 // n 2^q rounded up by one step, carried into the next binade when n fills the precision.
