@@ -225,9 +225,12 @@ bool ScanShort(TextSpan span, WideDecimal& d) {
     uint64_t value = 0;  // wraps past 19 digits, when it is not used
     auto gather = [&] {
         const char* first = p;
-        while (span.end - p >= 8 && EightDigitsAt(p)) {
-            value = value * 100000000u + eight_digits::Value(p);
-            p += 8;
+        while (span.end - p >= 8) {
+            uint64_t run;
+            int32_t length = eight_digits::LeadingDigits(p, &run);
+            value = value * eight_digits::kRunScale[length] + run;
+            p += length;
+            if (length < 8) return p - first;
         }
         for (; IsDigit(*p); ++p) value = value * 10 + static_cast<uint64_t>(*p - '0');
         return p - first;
@@ -452,16 +455,34 @@ GridValue RoundOntoGrid(const ScaledDecimal& x, BinaryFormat format, MagnitudeRo
 // Which way a conversion may go: the exact road alone is there for the tests.
 enum class Road { Fastest, ExactOnly };
 
+// 5^k for k up to 27, the largest power below 2^64.
+constexpr int kLastFiveInAWord = 27;
+struct FivesInAWord {
+    uint64_t power[kLastFiveInAWord + 1];
+    constexpr FivesInAWord() : power{} {
+        power[0] = 1;
+        for (int k = 1; k <= kLastFiveInAWord; ++k) power[k] = power[k - 1] * 5;
+    }
+};
+constexpr FivesInAWord kFivesInAWord{};
+
 // The rounded magnitude of the scanned digits by the wide product, when it can tell. A
 // mantissa cut at 19 digits is decided only when the value with the next 19-digit
 // mantissa rounds to the same grid point: rounding is monotone, so every value between
-// does too.
-inline bool RoundByProduct(const WideDecimal& d, BinaryFormat format, MagnitudeRounding rounding, GridValue* g) {
+// does too. A value that lies exactly on a grid point or halfway between two, such as
+// "1.5" or "0.25", leaves the product undecided when q is negative (5^q is rounded):
+// when 5^-q divides the mantissa, the value is w / 5^-q 2^q, which the product takes
+// exactly.
+__attribute__((always_inline)) inline bool RoundByProduct(const WideDecimal& d, BinaryFormat format,
+                                                          MagnitudeRounding rounding, GridValue* g) {
     int q = static_cast<int>(d.exponent) + d.tailDigits;
-    if (!RoundByPowerProduct(d.lead, q, format, rounding, g)) return false;
-    if (d.tail == 0) return true;
-    GridValue above;
-    return RoundByPowerProduct(d.lead + 1, q, format, rounding, &above) && above.n == g->n && above.q == g->q;
+    if (RoundByPowerProduct(d.lead, q, 0, format, rounding, g)) {
+        if (d.tail == 0) return true;
+        GridValue above;
+        return RoundByPowerProduct(d.lead + 1, q, 0, format, rounding, &above) && above.n == g->n && above.q == g->q;
+    }
+    if (d.tail != 0 || q >= 0 || q < -kLastFiveInAWord || d.lead % kFivesInAWord.power[-q] != 0) return false;
+    return RoundByPowerProduct(d.lead / kFivesInAWord.power[-q], 0, q, format, rounding, g);
 }
 
 // The exact road, kept out of line so that the common one stays small: the
@@ -474,7 +495,7 @@ __attribute__((noinline)) GridValue RoundExactly(const WideDecimal& d, BinaryFor
 
 // The signed value of the scanned digits in the format, as its bit pattern: the limits
 // settle zeros and infinities before any rounding, as they always have.
-uint64_t ConvertToBits(const WideDecimal& d, BinaryFormat format, int roundKey, Road road) {
+__attribute__((always_inline)) inline uint64_t ConvertToBits(const WideDecimal& d, BinaryFormat format, int roundKey, Road road) {
     const uint64_t sign = uint64_t{d.negative ? 1u : 0u} << SignBit(format);
     const uint64_t infinity = static_cast<uint64_t>(2 * format.maxExponent + 1) << (format.precision - 1);
     if (d.lead == 0) return sign;

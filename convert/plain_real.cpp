@@ -17,14 +17,6 @@ bool IsExponentLetter(char c) {
     }
 }
 
-// Whether the eight bytes at p are all digits.
-bool EightDigitsAt(const char* p) {
-    uint64_t word = eight_digits::LoadLowFirst(p);
-    constexpr uint64_t kHighHalves = 0xF0F0F0F0F0F0F0F0ull;
-    constexpr uint64_t kThrees = 0x3030303030303030ull;
-    return (word & kHighHalves) == kThrees && ((word + 0x0606060606060606ull) & kHighHalves) == kThrees;
-}
-
 // An explicit exponent beyond this settles the value all the same.
 constexpr int64_t kExponentCap = 1000000000;
 
@@ -41,9 +33,12 @@ bool ReadPlainReal(const char* field, int32_t width, int32_t size, int roundKey,
     // Digits into d.digits; past 19 the sum wraps and the field goes the long way.
     auto gather = [&] {
         const char* first = p;
-        while (end - p >= 8 && EightDigitsAt(p)) {
-            d.digits = d.digits * 100000000u + eight_digits::Value(p);
-            p += 8;
+        while (end - p >= 8) {
+            uint64_t run;
+            int32_t length = eight_digits::LeadingDigits(p, &run);
+            d.digits = d.digits * eight_digits::kRunScale[length] + run;
+            p += length;
+            if (length < 8) return static_cast<int32_t>(p - first);
         }
         for (; p < end && IsDigit(*p); ++p) d.digits = d.digits * 10 + static_cast<uint64_t>(*p - '0');
         return static_cast<int32_t>(p - first);

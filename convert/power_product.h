@@ -74,11 +74,12 @@ inline Bits192 Plus(Bits192 x, uint64_t y) {
 
 }  // namespace power_product
 
-// w 10^q (w not 0) rounded onto the format's grid: true with *rounded set, or false when
-// the product cannot decide, q lies beyond the table or the value is far below the
+// w 10^q 2^e (w not 0) rounded onto the format's grid: true with *rounded set, or false
+// when the product cannot decide, q lies beyond the table or the value is far below the
 // smallest subnormal. Overflow is left to the caller: *rounded may lie past the largest
-// finite value.
-inline bool RoundByPowerProduct(uint64_t w, int q, BinaryFormat format, MagnitudeRounding rounding, GridValue* rounded) {
+// finite value. (2^e serves an exact decimal whose mantissa the power of five divides.)
+inline bool RoundByPowerProduct(uint64_t w, int q, int e, BinaryFormat format, MagnitudeRounding rounding,
+                                GridValue* rounded) {
     using namespace power_product;
     if (q < kFirstPowerOfFive || q > kLastPowerOfFive) return false;
     const PowerOfFive& power = kPowersOfFive[q - kFirstPowerOfFive];
@@ -91,10 +92,10 @@ inline bool RoundByPowerProduct(uint64_t w, int q, BinaryFormat format, Magnitud
     uint64_t top = upper.high + (middle < upper.low ? 1 : 0);
     uint64_t bottom = lower.low;
     // Bits of the top two words beneath the significand, and the grid exponent: the value
-    // is P 2^(e + q - shift), and the significand's last bit weighs 2^(beneath + 64) of P.
+    // is P 2^(exponent + q + e - shift), and the significand's last bit weighs 2^(beneath + 64) of P.
     int leading = top >> 63 != 0 ? 127 : 126;
     int beneath = leading - (format.precision - 1);
-    int gridExponent = beneath + 64 + power.exponent + q - shift;
+    int gridExponent = beneath + 64 + power.exponent + q + e - shift;
     if (gridExponent < format.minExponent) {
         beneath += format.minExponent - gridExponent;
         gridExponent = format.minExponent;

@@ -26,25 +26,16 @@ int32_t SkipBlanks(const char* window, int32_t at, int32_t size) {
     return at;
 }
 
-// The length of the run of digits at `at` (at most 8 when `value` is wanted), and its
-// value. Eight bytes are looked at together: a byte below "0" borrows from the byte
-// behind it, which lies behind the end of the run and so changes nothing.
+// The length of the run of digits at `at` (at most 8), and its value.
 int32_t EightOrFewerDigits(const char* window, int32_t at, int32_t size, uint64_t* value) {
-    if (at + 8 > size) {
-        int32_t count = 0;
-        uint64_t sum = 0;
-        while (count < 8 && at + count < size && IsDigit(window[at + count])) {
-            sum = sum * 10 + static_cast<uint64_t>(window[at + count] - '0');
-            ++count;
-        }
-        *value = sum;
-        return count;
+    if (at + 8 <= size) return eight_digits::LeadingDigits(window + at, value);
+    int32_t count = 0;
+    uint64_t sum = 0;
+    while (count < 8 && at + count < size && IsDigit(window[at + count])) {
+        sum = sum * 10 + static_cast<uint64_t>(window[at + count] - '0');
+        ++count;
     }
-    uint64_t digits = eight_digits::LoadLowFirst(window + at) - 0x30 * eight_digits::kEachByte;
-    uint64_t beyond = ((digits + 0x76 * eight_digits::kEachByte) | digits) & (0x80 * eight_digits::kEachByte);
-    int32_t count = beyond == 0 ? 8 : __builtin_ctzll(beyond) >> 3;
-    // The digits moved to the top of the word, with zeros in front, make their value.
-    *value = count == 0 ? 0 : eight_digits::Combine(digits << (8 * (8 - count)));
+    *value = sum;
     return count;
 }
 
@@ -56,9 +47,7 @@ int32_t DigitRun(const char* window, int32_t at, int32_t size, uint64_t* value) 
     while (count % 8 == 0 && count > 0 && count < 19) {
         int32_t more = EightOrFewerDigits(window, at + count, size, &part);
         if (more == 0) break;
-        uint64_t scale = 1;
-        for (int32_t i = 0; i < more; ++i) scale *= 10;
-        sum = sum * scale + part;
+        sum = sum * eight_digits::kRunScale[more] + part;
         count += more;
     }
     *value = sum;
