@@ -149,7 +149,7 @@ constexpr int64_t kExponentCap = 1000000000000000;
 
 // An exponent letter with its optional sign and digits, added to *exponent; the text
 // behind it.
-const char* ScanExponent(const char* p, int64_t* exponent) {
+inline const char* ScanExponent(const char* p, int64_t* exponent) {
     if (!IsExponentLetter(*p)) return p;
     const char* q = p + 1;
     bool negative = false;
@@ -215,7 +215,7 @@ void Scan(TextSpan span, ScannedText& d, Sink& sink) {
 // A mantissa of at most 19 significant digits, the common case, gathered in one word
 // with no test per digit of where it goes. False for a longer mantissa, which the
 // general scan then takes again.
-bool ScanShort(TextSpan span, WideDecimal& d) {
+__attribute__((always_inline)) inline bool ScanShort(TextSpan span, WideDecimal& d) {
     const char* p = span.text;
     while (IsSpace(*p)) ++p;
     if (*p == '+' || *p == '-') d.negative = *p++ == '-';
@@ -266,12 +266,16 @@ DecimalText ScanBlocks(const char* text, int blockCount) {
     return d;
 }
 
-// Most texts are taken in one pass; a mantissa past 19 digits is taken again.
-void ScanWide(TextSpan span, WideDecimal& d) {
-    if (ScanShort(span, d)) return;
+// A mantissa past 19 digits, taken again from the start.
+__attribute__((noinline)) void ScanLong(TextSpan span, WideDecimal& d) {
     d = WideDecimal{};
     WideSink sink{d};
     Scan(span, d, sink);
+}
+
+// Most texts are taken in one pass; a mantissa past 19 digits is taken again.
+__attribute__((always_inline)) inline void ScanWide(TextSpan span, WideDecimal& d) {
+    if (!ScanShort(span, d)) ScanLong(span, d);
 }
 
 // 10^n for |n| up to the size of the tables, as repeated multiplications by 10^+-64.
@@ -288,7 +292,7 @@ DoubleDouble ScaleByPowerOfTen(DoubleDouble value, int n, bool* overflow) {
     return value;
 }
 
-MagnitudeRounding MagnitudeRoundingOf(int roundKey, int entryMode, bool negative) {
+inline MagnitudeRounding MagnitudeRoundingOf(int roundKey, int entryMode, bool negative) {
     int mode;
     switch (roundKey) {
     case kRoundUp: mode = FE_UPWARD; break;
@@ -307,7 +311,7 @@ MagnitudeRounding MagnitudeRoundingOf(int roundKey, int entryMode, bool negative
 }
 
 // The rounding of a text's magnitude; only PROCESSOR_DEFINED reads the caller's mode.
-MagnitudeRounding RoundingOfText(int roundKey, bool negative) {
+inline MagnitudeRounding RoundingOfText(int roundKey, bool negative) {
     int entry = roundKey == kRoundProcessorDefined ? float_status::GetRoundingMode() : FE_TONEAREST;
     return MagnitudeRoundingOf(roundKey, entry, negative);
 }
