@@ -18,7 +18,7 @@ lists=$(mktemp)
 build/host/bench/list_bench --benchmark_repetitions=3 --benchmark_report_aggregates_only=true \
   --benchmark_out="$lists" --benchmark_out_format=json >/dev/null 2>&1
 conversions=$(mktemp)
-build/host/bench/convert_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
+build/host/bench/convert_bench --benchmark_repetitions=5 --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \
   --benchmark_out="$conversions" --benchmark_out_format=json >/dev/null 2>&1
 build/host/bench/file_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
   --benchmark_out="$files" --benchmark_out_format=json 2>&1 | cat >/dev/null
