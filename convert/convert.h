@@ -83,8 +83,9 @@ float DigitsToFloat(const DecimalDigits& digits, int roundKey);
 // the same value, which is the conversion of the text: a mantissa not zero of at most
 // 19 significant digits, a 4- or 8-byte item, and a key of NEAREST or COMPATIBLE (the
 // tables' 0.1 and 1.1 are the nearest values). Stores the value and returns true, or
-// returns false having stored nothing.
-bool ReadPlainReal(const char* field, int32_t width, int32_t size, int roundKey, void* item);
+// returns false having stored nothing. `readable` (at least `width`) bytes from `field`
+// may be read.
+bool ReadPlainReal(const char* field, int32_t width, int32_t readable, int32_t size, int roundKey, void* item);
 // ubx_atof and ubx_strtof without the wide-product shortcut: the exact road that decides
 // whatever the shortcut cannot, for tests to hold the shortcut against.
 double ExactRoadAtof(const char* text, int roundKey);

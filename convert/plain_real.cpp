@@ -22,20 +22,31 @@ constexpr int64_t kExponentCap = 1000000000;
 
 }  // namespace
 
-bool ReadPlainReal(const char* field, int32_t width, int32_t size, int roundKey, void* item) {
+bool ReadPlainReal(const char* field, int32_t width, int32_t readable, int32_t size, int roundKey, void* item) {
     if ((size != 4 && size != 8) || (roundKey != kRoundNearest && roundKey != kRoundCompatible)) return false;
     const char* p = field;
     const char* end = field + width;
+    // Words of eight bytes are read wherever the buffer holds eight from p, the bytes
+    // behind the field made to look like neither blank nor digit; the last few bytes of
+    // a buffer go one at a time.
+    auto wordFits = [&] { return (p - field) + 8 <= readable; };
+    auto word = [&] { return eight_digits::LoadLowFirst(p) | ~eight_digits::LowBytes(static_cast<int32_t>(end - p)); };
+    // Blanks and sign without a branch a byte: both vary from field to field, and a
+    // mispredicted branch costs more than the word.
+    for (int32_t blanks = 8; blanks == 8 && p < end && wordFits(); p += blanks) {
+        blanks = eight_digits::LeadingBlanksOf(word());
+    }
     while (p < end && *p == ' ') ++p;
-    DecimalDigits d{0, 0, 0, false};
-    if (p < end && (*p == '+' || *p == '-')) d.negative = *p++ == '-';
+    if (p == end) return false;
+    DecimalDigits d{0, 0, 0, *p == '-'};
+    p += static_cast<int>(*p == '-') | static_cast<int>(*p == '+');
     while (p < end && *p == '0') ++p;
     // Digits into d.digits; past 19 the sum wraps and the field goes the long way.
     auto gather = [&] {
         const char* first = p;
-        while (end - p >= 8) {
+        while (p < end && wordFits()) {
             uint64_t run;
-            int32_t length = eight_digits::LeadingDigits(p, &run);
+            int32_t length = eight_digits::LeadingDigitsOf(word(), &run);
             d.digits = d.digits * eight_digits::kRunScale[length] + run;
             p += length;
             if (length < 8) return static_cast<int32_t>(p - first);

@@ -249,8 +249,9 @@ bool EditReal(LocalContext* context, void* item) {
     int32_t width = f.w;
     // The common field where it stands in the buffer, read and converted in one pass.
     if (f.scale == 0 && !f.decimalComma) {
-        const char* field = IOFieldInPlace(context, width);
-        if (field != nullptr && ReadPlainReal(field, width, f.size, NearestRoundKey(f), item)) {
+        const char* field = nullptr;
+        int32_t readable = IORecordWindow(context, &field);
+        if (readable >= width && ReadPlainReal(field, width, readable, f.size, NearestRoundKey(f), item)) {
             IOConsumeInPlace(context, width);
             return true;
         }

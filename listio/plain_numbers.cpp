@@ -15,12 +15,9 @@ bool IsDigit(char byte) { return static_cast<unsigned char>(byte - '0') <= 9; }
 // Skips blanks and tabs from `at`, eight bytes at a time while the window has them.
 int32_t SkipBlanks(const char* window, int32_t at, int32_t size) {
     while (at + 8 <= size) {
-        uint64_t others = eight_digits::LoadLowFirst(window + at) ^ (0x20 * eight_digits::kEachByte);
-        if (others != 0) {
-            at += __builtin_ctzll(others) >> 3;
-            break;
-        }
-        at += 8;
+        int32_t blanks = eight_digits::LeadingBlanks(window + at);
+        at += blanks;
+        if (blanks < 8) break;
     }
     while (at < size && (window[at] == ' ' || window[at] == '\t')) ++at;
     return at;

@@ -464,6 +464,7 @@ TEST_F(FormattedInput, RealFieldsReadInOnePassAgreeWithTheScanner) {
         fields.push_back(field);
     }
     const char* descriptors[] = {"F", "E", "ES", "D", "G"};
+    const char* suffixes[] = {"", "12345678901234567890", "         ", "E+05", "5"};
     const char* modes[] = {"", "RN,", "RC,", "RU,", "RD,", "RZ,", "RP,"};
     int failures = 0;
     for (size_t i = 0; i < fields.size() && failures < 10; ++i) {
@@ -479,10 +480,13 @@ TEST_F(FormattedInput, RealFieldsReadInOnePassAgreeWithTheScanner) {
             std::string decimalComma = std::string("(DC,") + mode + edit + ")";
             double fast = -7, table = -7;
             float fastSingle = -7, tableSingle = -7;
-            int32_t fastStatus = ReadRecord(field, point.c_str(), [&](FormatReader& r) { r.Item(&fast); });
-            int32_t tableStatus = ReadRecord(comma, decimalComma.c_str(), [&](FormatReader& r) { r.Item(&table); });
-            ReadRecord(field, point.c_str(), [&](FormatReader& r) { r.Item(&fastSingle); });
-            ReadRecord(comma, decimalComma.c_str(), [&](FormatReader& r) { r.Item(&tableSingle); });
+            // What follows the field in the record must not reach its value.
+            std::string behind = suffixes[i % 5];
+            int32_t fastStatus = ReadRecord(field + behind, point.c_str(), [&](FormatReader& r) { r.Item(&fast); });
+            int32_t tableStatus =
+                ReadRecord(comma + behind, decimalComma.c_str(), [&](FormatReader& r) { r.Item(&table); });
+            ReadRecord(field + behind, point.c_str(), [&](FormatReader& r) { r.Item(&fastSingle); });
+            ReadRecord(comma + behind, decimalComma.c_str(), [&](FormatReader& r) { r.Item(&tableSingle); });
             bool same = std::memcmp(&fast, &table, 8) == 0 && std::memcmp(&fastSingle, &tableSingle, 4) == 0;
             if (!same || fastStatus != tableStatus) {
                 ++failures;
