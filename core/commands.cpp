@@ -7,6 +7,7 @@
 #include "core/export.h"
 #include "core/unit.h"
 #include "transport/transport.h"
+#include "ufmt/async_io.h"
 #include "vrn90.h"
 
 namespace {
@@ -15,10 +16,6 @@ using CommandRoutine = int32_t (*)(GlobalContext*, LocalContext*, int32_t, const
 
 constexpr char kCommandRecursion[] = "VR Fortran (I/O command initialization): I/O recursion detected.\n";
 constexpr char kInvalidCommand[] = "VR Fortran (I/O command): Invalid I/O command.\n";
-
-// WAIT has no effect beyond the frame, every transfer being complete when its statement
-// ends: IOSTAT= and IOMSG= are delivered.
-int32_t NoEffectCmd(GlobalContext*, LocalContext* context, int32_t, const KeywordList*) { return context->status; }
 
 int32_t InvalidCmd(GlobalContext*, LocalContext*, int32_t, const KeywordList*) { CatastrophicExit(kInvalidCommand); }
 
@@ -31,7 +28,7 @@ constexpr CommandRoutine kCommands[] = {
     EndfileCmd,   // 5 ENDFILE
     FlushCmd,     // 6 FLUSH
     InvalidCmd,   // 7
-    NoEffectCmd,  // 8 WAIT
+    WaitCmd,      // 8 WAIT
 };
 constexpr int32_t kCommandCount = static_cast<int32_t>(sizeof kCommands / sizeof kCommands[0]);
 

@@ -14,6 +14,7 @@
 #include "core/unit.h"
 #include "listio/listio.h"
 #include "transport/transport.h"
+#include "ufmt/async_io.h"
 #include "vrn90.h"
 
 uint32_t RTE_Initialized = 0;
@@ -108,6 +109,7 @@ void DestroyGlobalContext(GlobalContext* global) {
         }
         FreeHashTable(&global->inodeHash);
     }
+    FreeAllAIORequests(global);
     if (global->aioRequests != nullptr) FreeHashTable(&global->aioRequests);
     if (global->aioScopes != nullptr) FreeHashTable(&global->aioScopes);
     if (global->parent == nullptr) std::free(global->options.ufmtUnits);

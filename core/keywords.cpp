@@ -160,3 +160,23 @@ void KeywordValueText(const KeywordEntry& entry, char (&out)[kMaxValueText + 1])
     while (length > 0 && (out[length - 1] == ' ' || out[length - 1] == 0)) --length;
     out[length] = 0;
 }
+
+namespace {
+
+template <typename Word>
+void StoreTruth(void* variable, bool value) {
+    Word word = value;
+    std::memcpy(variable, &word, sizeof word);
+}
+
+}  // namespace
+
+void StoreLogicalSpecifier(void* variable, uint32_t size, bool value) {
+    if (variable == nullptr) return;
+    switch (size) {
+    case 1: StoreTruth<uint8_t>(variable, value); break;
+    case 2: StoreTruth<uint16_t>(variable, value); break;
+    case 8: StoreTruth<uint64_t>(variable, value); break;
+    default: StoreTruth<uint32_t>(variable, value); break;
+    }
+}

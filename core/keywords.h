@@ -27,3 +27,6 @@ constexpr int kMaxValueText = 255;
 // The text of a specifier value for a message: at most 255 characters, trailing blanks and
 // NULs removed; a value the compiler sent as a number gives its keyword's name.
 void KeywordValueText(const KeywordEntry& entry, char (&out)[kMaxValueText + 1]);
+
+// A LOGICAL variable of a specifier: 1, 2, 4 or 8 bytes (any other size is 4); true is 1.
+void StoreLogicalSpecifier(void* variable, uint32_t size, bool value);

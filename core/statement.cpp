@@ -20,11 +20,12 @@
 #include "listio/namelist.h"
 #include "desc/array_walk.h"
 #include "transport/transport.h"
+#include "ufmt/async_io.h"
 #include "ufmt/unformatted.h"
 #include "vrn90.h"
 
 const BeginRoutine DispatchBeginIO[kDispatchEntries] = {
-    BeginIOUfmt, BeginIOUfmt, nullptr, nullptr, // unformatted
+    BeginIOUfmt, BeginIOUfmt, BeginAIOUfmt, BeginAIOUfmt, // unformatted
     BeginIOReadLd, BeginIOWriteLd, nullptr, nullptr,  // list-directed
     BeginIOReadNl, BeginIOWriteNl, nullptr, nullptr,  // namelist
     BeginIOFmt, BeginIOFmt, nullptr, nullptr,   // formatted
@@ -583,11 +584,19 @@ VRN_EXPORT LocalContext* _vrnBeginIO(void* unitAddress, uint32_t statementFlags,
     }
     SetModes(global, context, shape, unit, given);
 
-    // There is no asynchronous transfer layer: such a statement runs synchronously and
-    // its ID= variable receives 0.
+    // Only an unformatted transfer stays asynchronous, and not on a unit that swaps bytes,
+    // whose items pass through the stack. Any other becomes synchronous, with ID= 0.
+    bool asynchronous = shape.asynchronous && !shape.internal && !child;
     if (shape.asynchronous) {
-        if (context->idAddress != nullptr) *context->idAddress = 0;
-        if (context->idAddress8 != nullptr) *context->idAddress8 = 0;
+        if (asynchronous && shape.kind == VRN_KIND_UNFORMATTED && !unit->byteSwap) {
+            AIORequest* request = GetAIOHandleAndScope(global, context, unit);
+            if (request == nullptr) return Stop(context);
+            context->aioRequest = request;
+            StoreAIORequestId(context, AIORequestId(request));
+        } else {
+            asynchronous = false;
+            StoreAIORequestId(context, 0);
+        }
     }
 
     uint32_t direction = shape.direction == VRN_DIRECTION_WRITE ? kDirectionWrite : kDirectionRead;
@@ -596,14 +605,22 @@ VRN_EXPORT LocalContext* _vrnBeginIO(void* unitAddress, uint32_t statementFlags,
     } else {
         context->unit = unit;
     }
-    if (!PrepareUnit(context, &context->unit, direction, false, shape.access, shape.internal)) return Stop(context);
-    if (!child) ResetListDirectedState(context);
-
-    // Asynchronous statements have become synchronous above, so they take the
-    // synchronous routine: the asynchronous entries of other kinds are empty.
-    uint32_t index = shape.kind * 4 + shape.direction;
-    BeginRoutine begin = index < kDispatchEntries ? DispatchBeginIO[index] : nullptr;
-    if (begin != nullptr) begin(context, kindArgument);
+    bool prepared = shape.internal || (!asynchronous && context->unit->aioMode == 0)
+                        ? PrepareUnit(context, &context->unit, direction, false, shape.access, shape.internal)
+                        : IOPrep(context, &context->unit, direction, asynchronous, shape.access, shape.internal);
+    if (prepared) {
+        if (!child) ResetListDirectedState(context);
+        uint32_t index = shape.kind * 4 + (asynchronous ? 2 : 0) + shape.direction;
+        BeginRoutine begin = index < kDispatchEntries ? DispatchBeginIO[index] : nullptr;
+        if (begin != nullptr) begin(context, kindArgument);
+    }
+    // A statement that failed gives its request back; the program never sees its ID.
+    if ((context->status != 0 || context->iostatValue != 0) && context->aioRequest != nullptr) {
+        FreeAIORequest(global, static_cast<AIORequest*>(context->aioRequest), 1);
+        context->aioRequest = nullptr;
+        StoreAIORequestId(context, 0);
+    }
+    if (!prepared) return Stop(context);
     return context;
 }
 
@@ -805,6 +822,14 @@ VRN_EXPORT int32_t _vrnEndIO(LocalContext* context) {
         unit->savedRecordLength = context->recordLength;
     }
     context->unit = nullptr;
+    if (context->aioRequest != nullptr) {
+        // From here the request belongs to the unit and the waits, unless the statement failed.
+        if (context->status != 0 || context->iostatValue != 0) {
+            FreeAIORequest(context->global, static_cast<AIORequest*>(context->aioRequest), 1);
+            StoreAIORequestId(context, 0);
+        }
+        context->aioRequest = nullptr;
+    }
     DeliverIostatAndIomsg(context);
     if (!context->nested) context->busy = 0;
     if (context->dtioChild) {

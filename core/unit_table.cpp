@@ -6,6 +6,7 @@
 #include "core/context.h"
 #include "core/unit.h"
 #include "transport/transport.h"
+#include "ufmt/async_io.h"
 
 namespace {
 
@@ -212,6 +213,9 @@ UnitRecord* FirstUnitOnInode(InodeRecord* record) {
 
 int32_t CloseUnit(GlobalContext* global, LocalContext* context, UnitRecord* unit, int32_t closeDescriptor) {
     bool failed = false;
+    // Nothing queued is lost: the transfers finish before the descriptor goes. Their
+    // failures were the program's to ask for with WAIT.
+    if (!ListIsEmpty(&unit->aioList)) AIOWaitUnit(global, context, unit, 0);
     if (unit->direction == kDirectionWrite && !FlushUnit(global, unit, 1)) failed = true;
     if (!DetachBufferFromUnit(global, unit, closeDescriptor)) failed = true;
     if (InodeRecord* record = unit->inode) {

@@ -8,6 +8,7 @@
 #include "core/keywords.h"
 #include "core/unit.h"
 #include "transport/transport.h"
+#include "ufmt/async_io.h"
 #include "vrn90.h"
 
 namespace {
@@ -87,6 +88,10 @@ UnitRecord* Prologue(GlobalContext* global, LocalContext* context, int32_t unitN
         if (ImplicitOpen(global, context, unit, kImplicitOpenForPositioning) != 1) return nullptr;
         unit = LookUpUnit(global, unitNumber);
     }
+    // Positioning acts on the file as the pending transfers leave it.
+    if (unit != nullptr && (!AIOWaitUnit(global, context, unit, 1) || (unit->aioMode && !LeaveAIOMode(context, unit)))) {
+        return nullptr;
+    }
     return unit;
 }
 
@@ -151,6 +156,7 @@ int32_t FlushCmd(GlobalContext* global, LocalContext* context, int32_t unitNumbe
                      unitNumber, 0u);
         return context->status;
     }
+    if (!AIOWaitUnit(global, context, unit, 1)) return context->status;
     // Read-ahead on a pipe cannot be given back: such a unit cannot be flushed.
     bool unreadOnPipe = unit->direction == kDirectionRead && !unit->seekable && !unit->isNullDevice &&
                         unit->bufferFill > static_cast<int32_t>(unit->bufferOffset);
@@ -182,6 +188,7 @@ int32_t CloseCmd(GlobalContext* global, LocalContext* context, int32_t unitNumbe
     }
     UnitRecord* unit = LookUpUnit(global, unitNumber);
     if (unit == nullptr) return context->status;  // closing an unconnected unit does nothing
+    if (!AIOWaitUnit(global, context, unit, 1)) return context->status;
     if (disposition == VRN_KEY_DELETE) unit->deleteOnClose = 1;
     if (disposition == VRN_KEY_KEEP) unit->deleteOnClose = 0;
     // A unit poisoned earlier has reported its failure already; closing it stays silent.

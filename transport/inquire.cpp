@@ -13,6 +13,7 @@
 #include "core/keywords.h"
 #include "core/unit.h"
 #include "transport/transport.h"
+#include "ufmt/async_io.h"
 #include "vrn90.h"
 
 namespace {
@@ -28,6 +29,7 @@ struct Subject {
     bool fileSeen = false;       // by file: stat(2) found the file
     struct stat64 fileStat;      // read only when fileSeen
     const char* name = nullptr;  // by file: the name, trimmed and NUL-ended
+    bool pending = false;        // PENDING=: an asynchronous transfer is still running
 };
 
 bool Formatted(const Subject& subject) { return subject.unit != nullptr && subject.unit->form == VRN_KEY_FORMATTED; }
@@ -138,7 +140,8 @@ bool IntegerAnswer(const Subject& subject, uint32_t keyword, int64_t* value) {
         return true;
     case VRN_KEY_POS:
         if (unit == nullptr || unit->access != VRN_KEY_STREAM || unit->permanentError) return false;
-        *value = unit->filePosition + 1;
+        // With transfers pending, the position they will have left.
+        *value = (unit->aioMode && unit->aioEndPosition >= 0 ? unit->aioEndPosition : unit->filePosition) + 1;
         return true;
     case VRN_KEY_RECL:
         if (unit == nullptr) {
@@ -165,8 +168,7 @@ bool LogicalAnswer(const Subject& subject, uint32_t keyword, bool* value) {
     case VRN_KEY_EXIST: *value = subject.exists; return true;
     case VRN_KEY_OPENED: *value = subject.unit != nullptr; return true;
     case VRN_KEY_NAMED: *value = Named(subject); return true;
-    // Every transfer is complete when its statement ends: nothing is ever pending.
-    case VRN_KEY_PENDING: *value = false; return true;
+    case VRN_KEY_PENDING: *value = subject.pending; return true;
     default: return false;
     }
 }
@@ -190,33 +192,6 @@ void StoreInteger(void* variable, int32_t size, int64_t value) {
     }
 }
 
-// A logical of 1, 2, 4 or 8 bytes; true is 1.
-void StoreLogical(void* variable, uint32_t size, bool value) {
-    if (variable == nullptr) return;
-    switch (size) {
-    case 1: {
-        uint8_t v = value;
-        std::memcpy(variable, &v, 1);
-        break;
-    }
-    case 2: {
-        uint16_t v = value;
-        std::memcpy(variable, &v, 2);
-        break;
-    }
-    case 8: {
-        uint64_t v = value;
-        std::memcpy(variable, &v, 8);
-        break;
-    }
-    default: {
-        uint32_t v = value;
-        std::memcpy(variable, &v, 4);
-        break;
-    }
-    }
-}
-
 // One entry of the list: a character, integer or logical result, by its keyword. The
 // 64-bit forms carry the keyword in b.
 void Answer(const Subject& subject, const KeywordEntry& entry) {
@@ -227,13 +202,13 @@ void Answer(const Subject& subject, const KeywordEntry& entry) {
     int64_t number;
     bool truth;
     if (tag == VRN_TAG_INQUIRE_LOG8) {
-        if (LogicalAnswer(subject, keyword, &truth)) StoreLogical(variable, 8, truth);
+        if (LogicalAnswer(subject, keyword, &truth)) StoreLogicalSpecifier(variable, 8, truth);
     } else if (IntegerAnswer(subject, keyword, &number)) {
         StoreInteger(variable, wide ? 8 : 4, number);
     } else if (wide) {
         return;
     } else if (LogicalAnswer(subject, keyword, &truth)) {
-        StoreLogical(variable, entry.b == 0 ? 4 : entry.b, truth);
+        StoreLogicalSpecifier(variable, entry.b == 0 ? 4 : entry.b, truth);
     } else if (Text text = TextAnswer(subject, keyword); text.data() != nullptr) {
         StoreText(entry, text);
     }
@@ -278,6 +253,29 @@ bool FindFile(GlobalContext* global, LocalContext* context, const KeywordEntry& 
     return true;
 }
 
+// PENDING= asks the asynchronous layer, which performs the wait of a request that has
+// finished; ID= names the request, otherwise it is every request of the unit. false when
+// the report of a failed request stopped the statement.
+bool FindPending(GlobalContext* global, LocalContext* context, const KeywordList* keywords, Subject& subject) {
+    bool asked = false, idGiven = false;
+    int32_t id = 0;
+    for (uint32_t i = 0; i < keywords->count; ++i) {
+        const KeywordEntry& entry = keywords->entries[i];
+        uint32_t tag = entry.tag & 0xFFFFu;
+        if (tag == VRN_KEY_PENDING || (tag == VRN_TAG_INQUIRE_LOG8 && entry.b == VRN_KEY_PENDING)) asked = true;
+        if (tag == VRN_KEY_ID) {
+            idGiven = true;
+            id = static_cast<int32_t>(static_cast<uint32_t>(entry.a));
+        } else if (tag == VRN_TAG_ID8) {
+            idGiven = true;
+            auto wide = static_cast<int64_t>((static_cast<uint64_t>(entry.a) << 32) | entry.b);
+            id = wide >= 0 && wide <= INT32_MAX ? static_cast<int32_t>(wide) : -1;
+        }
+    }
+    if (!asked || subject.byFile) return true;
+    return AIOInquirePending(global, context, subject.unit, idGiven, id, &subject.pending);
+}
+
 }  // namespace
 
 int32_t InquireCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords) {
@@ -303,6 +301,7 @@ int32_t InquireCmd(GlobalContext* global, LocalContext* context, int32_t unitNum
         return context->status;
     }
     if (keywords == nullptr || keywords->version != 1) return context->status;
+    if (!FindPending(global, context, keywords, subject)) return context->status;
     for (uint32_t i = 0; i < keywords->count; ++i) Answer(subject, keywords->entries[i]);
     return context->status;
 }

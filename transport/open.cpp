@@ -16,6 +16,7 @@
 #include "core/keywords.h"
 #include "core/unit.h"
 #include "transport/transport.h"
+#include "ufmt/async_io.h"
 #include "vrn90.h"
 
 namespace {
@@ -517,6 +518,7 @@ int32_t DoOpen(GlobalContext* global, LocalContext* context, UnitRecord** unitAd
     UnitRecord* unit = *unitAddress;
     if (unit->fd >= 0) {
         int32_t number = unit->unitNumber;
+        if (unit->aioMode) LeaveAIOMode(context, unit);
         if (!CloseUnit(global, context, unit, 1)) {
             FileSystemError(number, errno, properties.name);
             return 0;
@@ -712,6 +714,8 @@ int32_t OpenCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber
         OutOfMemory();
         return context->status;
     }
+    // The connection's pending transfers finish first, whatever the OPEN goes on to do.
+    if (existed && !AIOWaitUnit(global, context, unit, 1)) return context->status;
     if (existed && (!given.file || SameFile(unit, properties->name))) {
         return ChangeProperties(global, context, unit, keywords, *properties);
     }

@@ -15,6 +15,7 @@
 #include "desc/transfer_forms.h"
 #include "format/format_control.h"
 #include "transport/transport.h"
+#include "ufmt/async_io.h"
 #include "ufmt/byte_order.h"
 #include "ufmt/unformatted.h"
 
@@ -93,6 +94,10 @@ void WriteComplex(LocalContext* context, const uint8_t* item, int32_t length, in
         return;
     }
     // The parts lie apart: the second at half the length. They reach the record side by side.
+    if (context->aioRequest != nullptr) {
+        AIOWriteSplitComplex(context, item, length, kind);
+        return;
+    }
     const uint8_t* parts[2] = {item, item + length / 2};
     for (const uint8_t* part : parts) {
         bool sent = swap ? WriteSwapped(context, part, kind, context->writeItem)
@@ -106,6 +111,10 @@ void ReadComplex(LocalContext* context, uint8_t* item, int32_t length, int32_t k
     if (swap) CheckSwapSize(kind);
     if (length == 2 * kind) {
         if (Read(context, context->readItem(context, item, length), length) && swap) ReverseElements(item, length, kind);
+        return;
+    }
+    if (context->aioRequest != nullptr) {
+        AIOReadSplitComplex(context, item, length, kind);
         return;
     }
     uint8_t* parts[2] = {item, item + length / 2};

@@ -188,7 +188,8 @@ void UfmtReadError(LocalContext* context) {
         return;
     }
     if (context->atEndOfFile) {
-        if (StatementAccess(context) == VRN_ACCESS_STREAM) {
+        // An asynchronous statement has put the unit's position at the end already.
+        if (StatementAccess(context) == VRN_ACCESS_STREAM && context->aioRequest == nullptr) {
             IOSeekToEndOfFile(context);
         } else {
             context->column = 0;
