@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset host -DCMAKE_BUILD_TYPE=Release -DVRN_BUILD_BENCH=ON >/dev/null
-cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench inquire_bench location_bench movement_bench cfi_bench namelist_bench >/dev/null
+cmake --build --preset host --target record_bench file_bench convert_bench list_bench reduction_bench random_bench format_bench fmt_write_bench fmt_read_bench list_read_bench ufmt_bench array_bench inquire_bench location_bench movement_bench cfi_bench namelist_bench async_bench >/dev/null
 # The MATMUL benchmark exists when OpenBLAS, its peer, is installed.
 cmake --build --preset host --target matmul_bench >/dev/null 2>&1 || true
 export TMPDIR=${TMPDIR:-/tmp}
@@ -425,4 +425,46 @@ for label, name in [("RTD to C descriptor", "ConvertRank3RTDToCDescriptor"),
     print(f"{label:40} {ns(name):8.1f} {50:9.1f}")
 PY
 rm -f "$cfi_results"
+# Asynchronous WRITE: 1 GB of REAL(8) in 64 MB pieces with as much arithmetic between
+# them, in seconds, beside a thread of pwrite(2) calls of the program's own (the machine's
+# limit) and gfortran with the work async_bench calibrated. On tmpfs where there is one,
+# so that the device does not decide.
+async_dir=$TMPDIR
+if [ -w /dev/shm ]; then async_dir=/dev/shm; fi
+async_results=$(mktemp)
+TMPDIR=$async_dir build/host/bench/async_bench --benchmark_repetitions=5 --benchmark_enable_random_interleaving=true \
+  --benchmark_report_aggregates_only=true --benchmark_out="$async_results" --benchmark_out_format=json >/dev/null 2>&1
+async_peer=""
+if command -v gfortran >/dev/null; then
+  gfortran -O2 bench/peers/async.f90 -o "$peer_dir/async" && async_peer="$peer_dir/async"
+fi
+python3 - "$async_results" "$async_peer" "$async_dir" <<'PY'
+import json, os, statistics, subprocess, sys
+results, peer, directory = sys.argv[1:4]
+runs = {b["run_name"]: b for b in json.load(open(results))["benchmarks"] if b.get("aggregate_name") == "median"}
+seconds = lambda name, mode: runs[f"{name}/{mode}/iterations:1/real_time"]["real_time"] / 1e3
+work = lambda mode: int(runs[f"ComputeOnly/{mode}/iterations:1/real_time"]["work"])
+theirs = {}
+if peer:
+    samples = []
+    for _ in range(3):
+        out = subprocess.run([peer, os.path.join(directory, "vrn_bench_async_peer"), str(work(0)), str(work(1))],
+                             check=True, capture_output=True, text=True).stdout
+        samples.append({line.split()[0]: float(line.split()[1]) for line in out.splitlines() if line.strip()})
+    theirs = {key: statistics.median(s[key] for s in samples) for key in samples[0]}
+nan = float("nan")
+print()
+print(f"asynchronous WRITE in {directory}")
+print(f"{'1 GB in 64 MB pieces, s':46} {'compute':>8} {'write':>7} {'one by one':>11} {'overlapped':>11} {'/ longer':>9}")
+for mode, title, prefix in [(0, "sequential, new file", "new_"), (1, "direct access, rewritten", "rewrite_")]:
+    compute, write = seconds("ComputeOnly", mode), seconds("WriteOnly", mode)
+    for label, one_by_one, overlapped in [
+            (f"ours, {title}", seconds("Synchronous", mode), seconds("Overlapped", mode)),
+            (f"thread of pwrite(2), {title}", nan, seconds("ThreadLimit", mode))]:
+        print(f"{label:46} {compute:8.3f} {write:7.3f} {one_by_one:11.3f} {overlapped:11.3f} {overlapped / max(compute, write):9.2f}")
+    g = lambda key: theirs.get(prefix + key, nan)
+    print(f"{f'gfortran, {title}':46} {g('compute'):8.3f} {g('write'):7.3f} {g('synchronous'):11.3f} "
+          f"{g('overlapped'):11.3f} {g('overlapped') / max(g('compute'), g('write')):9.2f}")
+PY
+rm -f "$async_results"
 rm -rf "$records" "$files" "$peer_dir" "$conversions" "$lists" "$reductions" "$randoms"

@@ -25,6 +25,9 @@ constexpr int32_t kInPlaceMinimum = 4096;
 // Copied bytes go out in pieces of at most this, so that the first ones are on their way
 // while the statement goes on.
 constexpr uint32_t kGatherLimit = 1u << 22;
+// An item moved in place goes in pieces of this: the kernel's copy of each then stays in
+// the cache, which makes a large transfer several times faster than one call for all.
+constexpr int32_t kLargePiece = 1 << 20;
 
 // The scope of a unit: the requests it has outstanding. It exists from the first request
 // of the unit to the retirement of the last.
@@ -256,6 +259,17 @@ bool Gather(AIORequest* request, int64_t offset, const void* bytes, int32_t coun
     return true;
 }
 
+int32_t QueueInPlace(AIORequest* request, uint32_t flags, int64_t offset, void* bytes, int32_t count) {
+    for (int32_t done = 0; done < count;) {
+        int32_t piece = std::min(kLargePiece, count - done);
+        AIOOperation* operation = NewOperation(request, flags, offset + done);
+        if (operation == nullptr) return -1;
+        Queue(request, operation, static_cast<uint8_t*>(bytes) + done, static_cast<size_t>(piece));
+        done += piece;
+    }
+    return count;
+}
+
 void Retire(GlobalContext* global, AIORequest* request) {
     ForEachOperation(request, FreeOperation);
     ListUnlink(&request->link);
@@ -320,10 +334,8 @@ AIORequest* FindAIORequest(GlobalContext* global, int32_t id) {
 int32_t QueueWrite(AIORequest* request, int64_t offset, const void* bytes, int32_t count, bool inPlace) {
     if (count <= 0) return 0;
     if (inPlace && count >= kInPlaceMinimum) {
-        AIOOperation* operation = NewOperation(request, 0, offset);
-        if (operation == nullptr) return -1;
-        Queue(request, operation, bytes, static_cast<size_t>(count));
-        return count;
+        QueueGathered(request);
+        return QueueInPlace(request, 0, offset, const_cast<void*>(bytes), count);
     }
     return Gather(request, offset, bytes, count, 0) ? count : -1;
 }
@@ -335,12 +347,7 @@ int32_t QueueFill(AIORequest* request, int64_t offset, int byte, int32_t count) 
 
 int32_t QueueRead(AIORequest* request, int64_t offset, void* into, int32_t count, bool inPlace) {
     if (count <= 0) return 0;
-    if (inPlace) {
-        AIOOperation* operation = NewOperation(request, kOperationRead, offset);
-        if (operation == nullptr) return -1;
-        Queue(request, operation, into, static_cast<size_t>(count));
-        return count;
-    }
+    if (inPlace) return QueueInPlace(request, kOperationRead, offset, into, count);
     // The item must hold its value when the call returns.
     int32_t got = 0;
     while (got < count) {
