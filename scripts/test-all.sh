@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds the host, sanitizer, thread-sanitizer and PowerPC
 # configurations, and runs every test of each (the thread-sanitizer one: the threaded
-# intrinsics; the PowerPC ones under qemu); on the host also builds the Debian packages
-# and tries them, and builds the libFuzzer harnesses with clang and runs each a few seconds
-# from its seeds, so that a harness that no longer builds or a known crash fails here.
+# intrinsics and asynchronous I/O; the PowerPC ones under qemu); on the host also builds
+# the Debian packages and tries them, and builds the libFuzzer harnesses with clang and
+# runs each a few seconds from its seeds, so that a harness that no longer builds or a
+# known crash fails here.
 # Exits non-zero on any failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
