@@ -156,6 +156,18 @@ void Substitute(TextBuilder& out, const char* text, const MessageArgument* argum
 
 }  // namespace
 
+const char* CatalogTextIfOpen(int message) {
+    GlobalContext* global = _GlobalContext;
+    if (global == nullptr) return nullptr;
+    if (global->catalog != reinterpret_cast<nl_catd>(-1)) {
+        if (const char* text = catgets(global->catalog, kCatalogSet, message, nullptr)) return text;
+    }
+    if (global->fallbackCatalog != reinterpret_cast<nl_catd>(-1)) {
+        return catgets(global->fallbackCatalog, kCatalogSet, message, nullptr);
+    }
+    return nullptr;
+}
+
 int32_t SubstituteArguments(char* out, int32_t capacity, const char* text, const MessageArgument* arguments,
                             int count) {
     TextBuilder builder{out, capacity};
@@ -295,6 +307,7 @@ int32_t ErrorHandler(int32_t errorClass, int32_t kind, int32_t message, int32_t 
     }
 
     if (print) PrintMessage(global, context, text, *textLength, message);
+    if (options != nullptr && options->optErrTrace) vr__trbk();
 
     if (endProgram) {
         if (wantsIomsg) CopyToIomsg(context, text, *textLength);

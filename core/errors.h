@@ -45,6 +45,10 @@ struct MessageArgument {
 int32_t SubstituteArguments(char* out, int32_t capacity, const char* text, const MessageArgument* arguments,
                             int count);
 
+// The catalogue's text of a message when a catalogue is open already, else null: what a
+// signal handler may ask, since opening one allocates.
+const char* CatalogTextIfOpen(int message);
+
 int32_t ErrorHandler(int32_t errorClass, int32_t kind, int32_t message, int32_t iostat, ...);
 
 // Poisons the unit and raises class 0 kind 3 with 10 to 13 by what the statement does.

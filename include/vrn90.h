@@ -1397,6 +1397,32 @@ void exit_(const int32_t* status) __attribute__((noreturn));
 void abort_(void) __attribute__((noreturn));
 void _vrabort(void) __attribute__((noreturn));
 
+/* ---- Diagnostics ---- */
+
+/* The traceback of the caller's stack on standard error, one line a frame from the caller
+ * outwards: number, address, function, and file and line where the object has line
+ * tables. Safe in a signal handler. The ERRTRACE=YES option calls it after every reported
+ * error. The forms with an underscore are the same, for Fortran compilers that add one. */
+void vr__trbk(void);
+void vr__trbk_(void);
+
+/* Handlers for SIGFPE, SIGSEGV, SIGBUS and SIGILL, for each signal whose action is still
+ * the default: on the signal they report it (for SIGFPE also the floating-point exception),
+ * where it struck, the traceback, flush every unit and end the program with status 1.
+ * The result is the number of signals given the run-time's handler. */
+int32_t vr__trap_install(void);
+int32_t vr__trap_install_(void);
+
+/* The floating-point exceptions that trap, raising SIGFPE: the bits of `exceptions` below
+ * are enabled, the others disabled. The result is the bits enabled before. */
+#define VRN_FPE_INVALID 1
+#define VRN_FPE_DIVIDE_BY_ZERO 2
+#define VRN_FPE_OVERFLOW 4
+#define VRN_FPE_UNDERFLOW 8
+#define VRN_FPE_INEXACT 16
+int32_t vr__fpe_trap(const int32_t* exceptions);
+int32_t vr__fpe_trap_(const int32_t* exceptions);
+
 #ifdef __cplusplus
 }
 #define VRN_STATIC_ASSERT static_assert
