@@ -176,8 +176,12 @@ bool FindFunction(const ElfImage& image, uint64_t address, FunctionSymbol* found
         const char* name = StringAt(image.symbolNames, nameOffset);
         if (name == nullptr || *name == '\0') continue;
         if (size != 0 && address - value < size) {
-            // Of two symbols for one function (an alias), the first found stays.
-            if (!haveCovering || value > covering.start) covering = {name, value};
+            // Of two names for one function, the one without a suffix (".localalias",
+            // ".part.0") that the compiler's aliases carry.
+            bool better = !haveCovering || value > covering.start ||
+                          (value == covering.start && std::strchr(covering.name, '.') != nullptr &&
+                           std::strchr(name, '.') == nullptr);
+            if (better) covering = {name, value};
             haveCovering = true;
         } else if (size == 0 && (!haveBelow || value > below.start)) {
             below = {name, value};

@@ -245,6 +245,13 @@ private:
 
     bool UnqualifiedName(bool* constructorLike) {
         uint64_t length;
+        // A name of internal linkage (a static function) is marked L.
+        if (Peek('L') && in_[1] >= '0' && in_[1] <= '9') ++in_;
+        if (Consume("Ul")) return Lambda();
+        if (Consume("Ut")) {
+            Put("{unnamed type#");
+            return Ordinal();
+        }
         if (*in_ >= '0' && *in_ <= '9') {
             if (!Number(&length) || std::strlen(in_) < length) return false;
             lastName_ = in_;
@@ -256,6 +263,14 @@ private:
                 PutSource(in_, lastNameLength_);
             }
             in_ += length;
+            // ABI tags: "B5cxx11" is shown as "[abi:cxx11]".
+            while (Consume("B")) {
+                if (!Number(&length) || std::strlen(in_) < length) return false;
+                Put("[abi:");
+                PutSource(in_, static_cast<size_t>(length));
+                PutChar(']');
+                in_ += length;
+            }
             return true;
         }
         if ((Peek('C') && in_[1] >= '1' && in_[1] <= '5') || (Peek('D') && in_[1] >= '0' && in_[1] <= '5')) {
@@ -284,6 +299,40 @@ private:
             }
         }
         return false;
+    }
+
+    // Ul <parameter types> E [number] _: "{lambda(int)#2}".
+    bool Lambda() {
+        Put("{lambda(");
+        if (Peek('v') && in_[1] == 'E') ++in_;
+        bool first = true;
+        while (!Consume("E")) {
+            if (*in_ == '\0') return false;
+            if (!first) Put(", ");
+            first = false;
+            if (!Type()) return false;
+        }
+        Put(")#");
+        return Ordinal();
+    }
+
+    // [number] _ as the ordinal it counts from 2 ("_" alone is 1), then "}".
+    bool Ordinal() {
+        uint64_t number = 0;
+        if (!Consume("_")) {
+            if (!Number(&number) || !Consume("_")) return false;
+            ++number;
+        }
+        ++number;
+        char digits[24];
+        int count = 0;
+        do {
+            digits[count++] = static_cast<char>('0' + number % 10);
+            number /= 10;
+        } while (number != 0);
+        while (count > 0) PutChar(digits[--count]);
+        PutChar('}');
+        return true;
     }
 
     bool Substitution() {
@@ -480,8 +529,8 @@ private:
                 }
                 if (!matched) {
                     if (Consume("Dp")) {
+                        // A pack expansion shows the pack's types themselves.
                         if (!Type()) return false;
-                        Put("...");
                     } else if (Consume("DF")) {
                         uint64_t bits;
                         if (!Number(&bits) || !Consume("_")) return false;
@@ -512,6 +561,10 @@ private:
                     Put("std::");
                     bool unused = false;
                     if (!UnqualifiedName(&unused)) return false;
+                    if (Peek('I')) {
+                        span.end = used_;
+                        AddSubstitution(span);
+                    }
                 } else {
                     // A substitution is itself no new candidate; with arguments it is.
                     if (!Substitution()) return false;
@@ -534,8 +587,8 @@ private:
                 bool templated = false, constructorLike = false;
                 const char* qualifiers = nullptr;
                 if (!Name(&templated, &constructorLike, &qualifiers, false)) return false;
-                // The nested name added itself.
-                candidate = false;
+                // A nested name added itself; a local one is added here.
+                candidate = c == 'Z';
                 break;
             }
             default: {
