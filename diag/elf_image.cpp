@@ -147,12 +147,19 @@ void CloseElfImage(ElfImage* image) {
     *image = ElfImage{};
 }
 
-bool FindFunction(const ElfImage& image, uint64_t address, FunctionSymbol* found) {
-    const size_t entrySize = image.is64 ? 24 : 16;
-    const size_t count = image.symbols.size / entrySize;
-    bool haveCovering = false, haveBelow = false;
-    FunctionSymbol covering, below;
+void FindFunctions(const ElfImage& image, FunctionQuery* queries, size_t count) {
+    // Sorted by address, so that a symbol finds the queries it covers by bisection.
     for (size_t i = 1; i < count; ++i) {
+        FunctionQuery moving = queries[i];
+        size_t j = i;
+        for (; j > 0 && queries[j - 1].address > moving.address; --j) queries[j] = queries[j - 1];
+        queries[j] = moving;
+    }
+    for (size_t i = 0; i < count; ++i) queries[i].covering = queries[i].below = FunctionSymbol{};
+    if (count == 0) return;
+    const size_t entrySize = image.is64 ? 24 : 16;
+    const size_t symbols = image.symbols.size / entrySize;
+    for (size_t i = 1; i < symbols; ++i) {
         ByteReader in(image.symbols.Part(i * entrySize, entrySize), image.bigEndian);
         uint32_t nameOffset = in.U32();
         uint64_t value, size;
@@ -172,31 +179,65 @@ bool FindFunction(const ElfImage& image, uint64_t address, FunctionSymbol* found
             section = in.U16();
         }
         int type = info & 0xF;
-        if (section == 0 || (type != kSymbolFunction && type != kSymbolIndirect) || value > address) continue;
-        const char* name = StringAt(image.symbolNames, nameOffset);
-        if (name == nullptr || *name == '\0') continue;
-        if (size != 0 && address - value < size) {
-            // Of two names for one function, the one without a suffix (".localalias",
-            // ".part.0") that the compiler's aliases carry.
-            bool better = !haveCovering || value > covering.start ||
-                          (value == covering.start && std::strchr(covering.name, '.') != nullptr &&
-                           std::strchr(name, '.') == nullptr);
-            if (better) covering = {name, value};
-            haveCovering = true;
-        } else if (size == 0 && (!haveBelow || value > below.start)) {
-            below = {name, value};
-            haveBelow = true;
+        if (section == 0 || (type != kSymbolFunction && type != kSymbolIndirect)) continue;
+        // The first query at or above the symbol's start.
+        size_t low = 0, high = count;
+        while (low < high) {
+            size_t middle = (low + high) / 2;
+            if (queries[middle].address < value) {
+                low = middle + 1;
+            } else {
+                high = middle;
+            }
+        }
+        if (low == count) continue;
+        const char* name = nullptr;
+        auto named = [&] {
+            if (name == nullptr) name = StringAt(image.symbolNames, nameOffset);
+            return name != nullptr && *name != '\0';
+        };
+        if (size != 0) {
+            for (size_t q = low; q < count && queries[q].address - value < size; ++q) {
+                FunctionSymbol& covering = queries[q].covering;
+                if (!named()) break;
+                // Of two names for one function, the one without a suffix (".localalias",
+                // ".part.0") that the compiler's aliases carry.
+                bool better = covering.name == nullptr || value > covering.start ||
+                              (value == covering.start && std::strchr(covering.name, '.') != nullptr &&
+                               std::strchr(name, '.') == nullptr);
+                if (better) covering = {name, value};
+            }
+        } else {
+            // A symbol without a size stands for everything up to the next one.
+            for (size_t q = low; q < count; ++q) {
+                FunctionSymbol& below = queries[q].below;
+                if (below.name != nullptr && below.start >= value) continue;
+                if (!named()) break;
+                below = {name, value};
+            }
         }
     }
-    if (haveCovering && (!haveBelow || covering.start >= below.start)) {
+}
+
+bool Answer(const FunctionQuery& query, FunctionSymbol* found) {
+    const FunctionSymbol& covering = query.covering;
+    const FunctionSymbol& below = query.below;
+    if (covering.name != nullptr && (below.name == nullptr || covering.start >= below.start)) {
         *found = covering;
         return true;
     }
-    if (haveBelow) {
+    if (below.name != nullptr) {
         *found = below;
         return true;
     }
     return false;
+}
+
+bool FindFunction(const ElfImage& image, uint64_t address, FunctionSymbol* found) {
+    FunctionQuery query;
+    query.address = address;
+    FindFunctions(image, &query, 1);
+    return Answer(query, found);
 }
 
 }  // namespace diag

@@ -36,4 +36,16 @@ struct FunctionSymbol {
 // whose range holds it, else the nearest function symbol below it without a size.
 bool FindFunction(const ElfImage& image, uint64_t address, FunctionSymbol* found);
 
+struct FunctionQuery {
+    uint64_t address = 0;  // at the object's link address
+    size_t frame = 0;      // the caller's: the queries are sorted by address
+    FunctionSymbol covering;
+    FunctionSymbol below;
+};
+
+// FindFunction for many addresses in one pass over the symbol table; the answer of each
+// is Answer(query).
+void FindFunctions(const ElfImage& image, FunctionQuery* queries, size_t count);
+bool Answer(const FunctionQuery& query, FunctionSymbol* found);
+
 }  // namespace diag

@@ -47,7 +47,8 @@ struct FrameInfo {
 
 struct Work {
     FrameInfo frames[kMaxFrames];
-    LineQuery queries[kMaxFrames];
+    LineQuery lines[kMaxFrames];
+    FunctionQuery functions[kMaxFrames];
 };
 Work work;
 std::atomic_flag workBusy = ATOMIC_FLAG_INIT;
@@ -157,17 +158,26 @@ void Describe(const Frame* frames, int count, FrameInfo* info) {
             OpenImage(object);
             if (!object.imageOpen) break;
             uint64_t address = LookupAddress(frames[f]) - object.base;
-            FunctionSymbol symbol;
-            if (FindFunction(object.image, address, &symbol)) ReadableName(symbol.name, info[f].name, kNameSize);
-            work.queries[queries] = LineQuery{};
-            work.queries[queries].address = address;
-            work.queries[queries].frame = static_cast<size_t>(f);
+            work.lines[queries] = LineQuery{};
+            work.lines[queries].address = address;
+            work.lines[queries].frame = static_cast<size_t>(f);
+            work.functions[queries] = FunctionQuery{};
+            work.functions[queries].address = address;
+            work.functions[queries].frame = static_cast<size_t>(f);
             ++queries;
         }
         if (queries == 0 || !object.imageOpen) continue;
-        FindLines(object.image, work.queries, queries);
+        // One pass over the object's symbols and one over its line tables for all its frames.
+        FindFunctions(object.image, work.functions, queries);
         for (size_t q = 0; q < queries; ++q) {
-            const LineQuery& query = work.queries[q];
+            FunctionSymbol symbol;
+            if (Answer(work.functions[q], &symbol)) {
+                ReadableName(symbol.name, info[work.functions[q].frame].name, kNameSize);
+            }
+        }
+        FindLines(object.image, work.lines, queries);
+        for (size_t q = 0; q < queries; ++q) {
+            const LineQuery& query = work.lines[q];
             FrameInfo& frame = info[query.frame];
             if (query.found && LineFileName(object.image, query, frame.file, kPathSize) > 0) frame.line = query.line;
         }

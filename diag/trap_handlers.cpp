@@ -179,6 +179,41 @@ void WriteMessage(int message, const char* builtIn, const char* first, const cha
 
 void EndAfterCleanupHangs(int) { ::_exit(1); }
 
+#if defined(__powerpc__) && !defined(__powerpc64__)
+// The stack of the interrupted code by its back chain, which every frame of this ABI
+// keeps: word 0 of a frame is the caller's frame, and word 1 of that the return address
+// its callee saved. (The unwinder cannot pass every kernel's, or qemu's, signal frame.)
+int SignalFrames(const ucontext_t* context, const Frame& fault, Frame* frames, int capacity) {
+    int count = 0;
+    frames[count++] = fault;
+    uintptr_t frame = context->uc_mcontext.uc_regs->gregs[1];
+    while (count < capacity && frame != 0 && frame % 8 == 0) {
+        uintptr_t caller = *reinterpret_cast<const uint32_t*>(frame);
+        if (caller <= frame) break;  // the chain only grows toward the stack's base
+        uintptr_t returnAddress = reinterpret_cast<const uint32_t*>(caller)[1];
+        if (returnAddress == 0) break;
+        frames[count++] = Frame{returnAddress, false};
+        frame = caller;
+    }
+    return count;
+}
+#else
+// The unwinder passes the signal frame: the frames above the one that faulted are the
+// handler's own.
+int SignalFrames(const ucontext_t*, const Frame& fault, Frame* frames, int capacity) {
+    int count = CaptureFrames(frames, capacity);
+    int first = 0;
+    while (first < count && frames[first].pc != fault.pc) ++first;
+    if (first == count) {
+        frames[0] = fault;
+        return 1;
+    }
+    for (int f = first; f < count; ++f) frames[f - first] = frames[f];
+    frames[0].exact = true;
+    return count - first;
+}
+#endif
+
 void ReportAndEnd(int signal, siginfo_t* info, void* rawContext) {
     int expected = 0;
     if (!signalBeingReported.compare_exchange_strong(expected, signal)) {
@@ -214,17 +249,9 @@ void ReportAndEnd(int signal, siginfo_t* info, void* rawContext) {
         WriteMessage(kMessageSignal, kTextSignal, SignalName(signal), what, where);
     }
 
-    // The traceback from the frame that faulted; the handler's own frames are above it.
     Frame frames[kMaxFrames];
-    int count = CaptureFrames(frames, kMaxFrames);
-    int first = 0;
-    while (first < count && frames[first].pc != fault.pc) ++first;
-    if (first == count) {
-        PrintFrames(&fault, 1, 2, false);
-    } else {
-        frames[first].exact = true;
-        PrintFrames(frames + first, count - first, 2, false);
-    }
+    int count = SignalFrames(context, fault, frames, kMaxFrames);
+    PrintFrames(frames, count, 2, false);
 
     // Every unit's output is flushed, and every asynchronous transfer completed.
     struct sigaction alarmAction {};

@@ -41,8 +41,9 @@ __attribute__((noinline)) static void TraceOne() {
 }
 
 volatile double zero = 0.0;
+volatile double quotient = 0.0;
 __attribute__((noinline)) static double Divide(double x) {
-    double quotient = x / zero;  // MARK: divide
+    quotient = x / zero;  // MARK: divide
     KEEP_FRAME();
     return quotient;
 }
