@@ -3,7 +3,7 @@
 // signal's code and the processor's status register), where it struck, the traceback,
 // flushes every unit and ends the program with status 1. They run on an alternate stack,
 // so that a stack overflow is reported too; a signal during the report ends the program
-// at once, and an alarm ends a clean-up that hangs.
+// at once, and an alarm ends a report or clean-up that hangs.
 #include <signal.h>
 #include <sys/prctl.h>
 #include <ucontext.h>
@@ -222,6 +222,13 @@ void ReportAndEnd(int signal, siginfo_t* info, void* rawContext) {
                      "");
         ::_exit(1);
     }
+    // A report or clean-up that cannot finish (a lock held by the code that faulted) is cut
+    // short, and the program still ends with its status.
+    struct sigaction alarmAction {};
+    alarmAction.sa_handler = EndAfterCleanupHangs;
+    sigaction(SIGALRM, &alarmAction, nullptr);
+    alarm(kCleanupSeconds);
+
     const auto* context = static_cast<const ucontext_t*>(rawContext);
     uintptr_t pc = ContextPc(context);
     Frame fault{pc != 0 ? pc : reinterpret_cast<uintptr_t>(info->si_addr), true};
@@ -254,10 +261,6 @@ void ReportAndEnd(int signal, siginfo_t* info, void* rawContext) {
     PrintFrames(frames, count, 2, false);
 
     // Every unit's output is flushed, and every asynchronous transfer completed.
-    struct sigaction alarmAction {};
-    alarmAction.sa_handler = EndAfterCleanupHangs;
-    sigaction(SIGALRM, &alarmAction, nullptr);
-    alarm(kCleanupSeconds);
     RTECleanup();
     ::_exit(1);
 }

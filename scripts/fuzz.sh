@@ -10,7 +10,8 @@ seconds=${1:-120}
 shift || true
 fuzzers=("$@")
 [ ${#fuzzers[@]} -gt 0 ] || fuzzers=(option_fuzzer message_fuzzer atof_fuzzer format_fuzzer format_write_fuzzer
-                                     format_read_fuzzer list_read_fuzzer ufmt_read_fuzzer cfi_fuzzer namelist_fuzzer)
+                                     format_read_fuzzer list_read_fuzzer ufmt_read_fuzzer cfi_fuzzer namelist_fuzzer
+                                     symbol_name_fuzzer line_table_fuzzer)
 cmake --preset fuzz >/dev/null
 cmake --build build/fuzz
 status=0

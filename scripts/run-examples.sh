@@ -12,3 +12,5 @@ done
 line="7 2.5D0 (1.0,-0.5) .true. 'It''s' 2*4 ,, 9"
 echo "== examples/list_input, given: $line"
 (cd build/host/examples && echo "$line" | ./list_input)
+echo "== examples/failing_program, with VRNRTEOPTS=errtrace=yes (it ends with status 1)"
+(cd build/host/examples && VRNRTEOPTS=errtrace=yes ./failing_program) || true
