@@ -233,6 +233,9 @@ bool ReadVersion5Table(ByteReader& in, const ElfImage& image, const UnitHeader& 
         formats[i][1] = in.Uleb();
     }
     uint64_t entries = in.Uleb();
+    // Entries of no fields take no bytes: however many a damaged table claims, they say
+    // nothing, and counting through them could take forever.
+    if (formatCount == 0) return false;
     bool found = false;
     for (uint64_t e = 0; e < entries && in.ok(); ++e) {
         Entry current;

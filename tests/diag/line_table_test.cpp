@@ -135,6 +135,43 @@ TEST(DamagedLineTables, EndTheSearchAndNothingElse) {
     }
 }
 
+// A version 5 table whose directory entries have no fields, and which claims 2^63 of
+// them, then files "z.c" and "a.c", and a row at 0x1000 of file 1: read at once.
+TEST(DamagedLineTables, ClaimingCountlessEmptyEntriesAreReadAtOnce) {
+    std::vector<uint8_t> header = {5, 0, 8, 0};  // version, address size, segment selector size
+    std::vector<uint8_t> fields = {1, 1, 1, static_cast<uint8_t>(-5), 14, 13, 0, 1, 1, 1, 1, 0, 0, 0, 1, 0, 0, 1};
+    std::vector<uint8_t> tables = {0, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x01,  // none, 2^63 of them
+                                   1, 1, 0x08, 2, 'z', '.', 'c', 0,    // files: paths as strings,
+                                   'a', '.', 'c', 0};                  // the rows' file 1 the second
+    std::vector<uint8_t> program = {0, 9, 2, 0, 0x10, 0, 0, 0, 0, 0, 0,  // set address 0x1000 (little-endian)
+                                    1,                                  // copy
+                                    2, 0x40,                            // advance 64
+                                    0, 1, 1};                           // end of sequence
+    std::vector<uint8_t> rest = fields;
+    rest.insert(rest.end(), tables.begin(), tables.end());
+    std::vector<uint8_t> unit = header;
+    uint32_t headerLength = static_cast<uint32_t>(rest.size());
+    for (int i = 0; i < 4; ++i) unit.push_back(static_cast<uint8_t>(headerLength >> (8 * i)));
+    unit.insert(unit.end(), rest.begin(), rest.end());
+    unit.insert(unit.end(), program.begin(), program.end());
+    std::vector<uint8_t> section;
+    uint32_t length = static_cast<uint32_t>(unit.size());
+    for (int i = 0; i < 4; ++i) section.push_back(static_cast<uint8_t>(length >> (8 * i)));
+    section.insert(section.end(), unit.begin(), unit.end());
+
+    diag::ElfImage image;
+    image.is64 = true;
+    image.debugLine = {section.data(), section.size()};
+    diag::LineQuery query;
+    query.address = 0x1010;
+    diag::FindLines(image, &query, 1);
+    ASSERT_TRUE(query.found);
+    EXPECT_EQ(query.line, 1u);
+    char file[16];
+    EXPECT_EQ(diag::LineFileName(image, query, file, sizeof file), 3u);
+    EXPECT_STREQ(file, "a.c");
+}
+
 TEST(ElfImages, RefuseWhatIsNoObjectAndSurviveDamagedHeaders) {
     diag::ElfImage image;
     EXPECT_FALSE(diag::OpenElfImage("/nonexistent/program", &image));
