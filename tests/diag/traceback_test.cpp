@@ -183,6 +183,19 @@ TEST(Traceback, NamesTheObjectWhoseFileIsGone) {
     ExpectLine(outcome, 0, "#0  0x[0-9a-f]+ in \\?\\? \\(.*vanished\\.so\\)");
 }
 
+#ifdef VRN_FORTRAN_TRACE
+// A gfortran-compiled program: its module procedure is shown as module::name.
+TEST(Traceback, NamesFortranModuleProceduresAndTheirLines) {
+    std::string out = vrntest::ProgramOutput(std::string(VRN_FORTRAN_TRACE) + " 2>&1");
+    std::string source = VRN_FORTRAN_TRACE_SOURCE;
+    EXPECT_TRUE(std::regex_search(out, std::regex("#0  0x[0-9a-f]+ in solver::step at " + source + ":9\n"
+                                                  "#1  0x[0-9a-f]+ in solver::step at " + source + ":7\n"
+                                                  "#2  0x[0-9a-f]+ in solver::step at " + source + ":7\n"
+                                                  "#3  0x[0-9a-f]+ in MAIN__ at " + source + ":16\n")))
+        << out;
+}
+#endif
+
 TEST(Traceback, FollowsAnErrorThatEndsTheProgramUnderErrtrace) {
     vrntest::TempDir dir;
     std::string missing = dir.Path("missing.dat");
