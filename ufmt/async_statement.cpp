@@ -107,16 +107,7 @@ void BeginSequentialRead(LocalContext* context, AIORequest* request) {
         IORaiseEndOfFile(context);
         return;
     }
-    context->recordTag = DecodeLengthTag(tag, width, false);
-    if (context->recordTag < 0 || context->recordTag > INT32_MAX) {
-        context->recordTag = -1;
-        context->recordLength = 0;
-        ErrorHandler(kClassConversion, kKindError, 3, 3, ArgText(1), UnitNameForMessages(unit), 0u);
-        context->itemsStopped = 1;
-        return;
-    }
-    int32_t length = static_cast<int32_t>(context->recordTag);
-    context->recordLength = unit->recl >= 0 && unit->recl < length ? unit->recl : length;
+    TakeLeadingTag(context, tag);
 }
 
 bool Writing(const LocalContext* context) { return ((context->statementFlags >> 8) & 0xFFu) == VRN_DIRECTION_WRITE; }

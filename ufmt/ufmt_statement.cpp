@@ -41,6 +41,25 @@ void BeginWriteRecord(LocalContext* context, const int64_t* knownLength) {
     WriteTag(context, context->recordLength);
 }
 
+}  // namespace
+
+void TakeLeadingTag(LocalContext* context, const uint8_t* tag) {
+    UnitRecord* unit = context->unit;
+    context->recordTag = DecodeLengthTag(tag, unit->recordOverhead, unit->byteSwap != 0);
+    if (context->recordTag < 0 || context->recordTag > INT32_MAX) {
+        // No record has such a length; -1 stands in a record whose writing was cut off.
+        context->recordTag = -1;
+        context->recordLength = 0;
+        ErrorHandler(kClassConversion, kKindError, 3, 3, ArgText(1), FileName(context), 0u);
+        context->itemsStopped = 1;
+        return;
+    }
+    int32_t length = static_cast<int32_t>(context->recordTag);
+    context->recordLength = unit->recl >= 0 && unit->recl < length ? unit->recl : length;
+}
+
+namespace {
+
 void BeginReadRecord(LocalContext* context) {
     UnitRecord* unit = context->unit;
     uint8_t tag[16];
@@ -60,17 +79,7 @@ void BeginReadRecord(LocalContext* context) {
         IORaiseEndOfFile(context);
         return;
     }
-    context->recordTag = DecodeLengthTag(tag, unit->recordOverhead, unit->byteSwap != 0);
-    if (context->recordTag < 0 || context->recordTag > INT32_MAX) {
-        // No record has such a length; -1 stands in a record whose writing was cut off.
-        context->recordTag = -1;
-        context->recordLength = 0;
-        ErrorHandler(kClassConversion, kKindError, 3, 3, ArgText(1), FileName(context), 0u);
-        context->itemsStopped = 1;
-        return;
-    }
-    int32_t length = static_cast<int32_t>(context->recordTag);
-    context->recordLength = unit->recl >= 0 && unit->recl < length ? unit->recl : length;
+    TakeLeadingTag(context, tag);
 }
 
 // The leading tag was written before the length was known: go back and put it right.

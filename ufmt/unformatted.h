@@ -20,6 +20,10 @@ int32_t EndIOUfmt(LocalContext* context);
 void BeginIOLength(LocalContext* context, void* variable, int32_t width);
 bool CountsIOLength(const LocalContext* context);
 
+// The leading length tag of a sequential record just read: the record's length, or
+// message 3 for a tag no record can have.
+void TakeLeadingTag(LocalContext* context, const uint8_t* tag);
+
 // A short write or read of an item: the report its cause calls for, and no more items.
 void UfmtWriteError(LocalContext* context);
 void UfmtReadError(LocalContext* context);
