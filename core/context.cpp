@@ -12,6 +12,7 @@
 #include "core/errors.h"
 #include "core/export.h"
 #include "core/unit.h"
+#include "format/format_cache.h"
 #include "listio/listio.h"
 #include "transport/transport.h"
 #include "ufmt/async_io.h"
@@ -176,6 +177,7 @@ void FreeLocalContext(LocalContext** anchor) {
         for (int i = 0; i < kContextBlock; ++i) {
             LDReadCleanup(&block[i]);
             std::free(block[i].formatBuffer.base);
+            FreeFormatCache(block[i].formatCache);
             std::free(block[i].ufmt_swap_area);
             std::free(block[i].fmt.stackBase);
         }

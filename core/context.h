@@ -53,6 +53,8 @@ struct GlobalContext {
 using EndRoutine = int32_t (*)(LocalContext*);
 
 // The buffer a format encoding writes its first chunk into; it survives the encoding.
+struct FormatCache;
+
 struct FormatCodeBuffer {
     void* base;
     int32_t bytes;
@@ -186,6 +188,7 @@ struct LocalContext {
     // The code of a format encoded at run time. Each context has its own, so that a
     // statement started inside another one does not overwrite its parent's format.
     FormatCodeBuffer formatBuffer;
+    FormatCache* formatCache;  // the codes of recent format texts; format/format_cache.h
     FormatState fmt;
 };
 

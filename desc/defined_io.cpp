@@ -29,6 +29,7 @@ void CopyStatement(LocalContext* child, const LocalContext* parent) {
     int32_t rescanSize = child->ld_rescan_size;
     uint8_t* swapArea = child->ufmt_swap_area;
     FormatCodeBuffer formatBuffer = child->formatBuffer;
+    FormatCache* formatCache = child->formatCache;
     FormatStackEntry* stackBase = child->fmt.stackBase;
     int32_t stackCapacity = child->fmt.stackCapacity;
 
@@ -43,6 +44,7 @@ void CopyStatement(LocalContext* child, const LocalContext* parent) {
     child->ld_rescan_fill = 0;
     child->ufmt_swap_area = swapArea;
     child->formatBuffer = formatBuffer;
+    child->formatCache = formatCache;
     child->fmt.stackBase = stackBase;
     child->fmt.stackCapacity = stackCapacity;
 }

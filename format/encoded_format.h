@@ -104,3 +104,13 @@ uint32_t RuntimeEncodingFlags(const OptionBlock& options, uint32_t statementOpti
 // this machine's format control reads. Null when the encoding stopped on an error, which
 // EncodeError has raised.
 void* EncodeRuntimeFormat(LocalContext* context, const char* text, int32_t length, uint32_t flags);
+
+// The same, with what a cache needs to know: the code's length in bytes (header unit 1
+// times the unit size) and whether the encoding raised any diagnostic on its way.
+struct RuntimeEncoding {
+    void* code;
+    int32_t bytes;
+    bool diagnosed;
+};
+RuntimeEncoding EncodeRuntimeFormatWithDetail(LocalContext* context, const char* text, int32_t length,
+                                              uint32_t flags);

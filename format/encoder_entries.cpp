@@ -48,14 +48,36 @@ uint32_t RuntimeEncodingFlags(const OptionBlock& options, uint32_t statementOpti
     return flags;
 }
 
-void* EncodeRuntimeFormat(LocalContext* context, const char* text, int32_t length, uint32_t flags) {
+namespace {
+
+// Diagnostics raised by run-time encodings so far, so that a caller can tell a code that
+// came with a warning from one that came clean. The I/O run-time is single-threaded;
+// thread_local only keeps a stray thread's count apart.
+thread_local uint32_t runtimeEncodeDiagnostics = 0;
+
+intptr_t CountedEncodeError(intptr_t code, intptr_t descriptorNumber, intptr_t position, intptr_t virtualCode,
+                            intptr_t a, intptr_t b, intptr_t c, intptr_t reserved) {
+    ++runtimeEncodeDiagnostics;
+    return EncodeError(code, descriptorNumber, position, virtualCode, a, b, c, reserved);
+}
+
+}  // namespace
+
+RuntimeEncoding EncodeRuntimeFormatWithDetail(LocalContext* context, const char* text, int32_t length,
+                                              uint32_t flags) {
     EncodedResult result{};
+    uint32_t diagnosticsBefore = runtimeEncodeDiagnostics;
     // The encoding a run-time of this machine's word size reads: on a 64-bit machine only
     // the 64-bit slots can hold the addresses that chain a long code.
     intptr_t outcome = sizeof(void*) > 4
-                           ? EncodeFormat64(text, length, flags, EncodeError, &context->formatBuffer, &result)
-                           : EncodeFormat(text, length, flags, EncodeError, &context->formatBuffer, &result);
-    return outcome == 1 ? result.code : nullptr;
+                           ? EncodeFormat64(text, length, flags, CountedEncodeError, &context->formatBuffer, &result)
+                           : EncodeFormat(text, length, flags, CountedEncodeError, &context->formatBuffer, &result);
+    if (outcome != 1) return {nullptr, 0, true};
+    return {result.code, result.bytes, runtimeEncodeDiagnostics != diagnosticsBefore};
+}
+
+void* EncodeRuntimeFormat(LocalContext* context, const char* text, int32_t length, uint32_t flags) {
+    return EncodeRuntimeFormatWithDetail(context, text, length, flags).code;
 }
 
 bool Is32BitEncoding(const void* code) {

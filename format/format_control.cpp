@@ -19,6 +19,7 @@
 #include "format/descriptor_table.h"
 #include "format/edit_output.h"
 #include "format/encoded_format.h"
+#include "format/format_cache.h"
 #include "transport/transport.h"
 #include "vrn90.h"
 
@@ -633,12 +634,12 @@ int32_t BeginIOFmt(LocalContext* context, void* formatBlock) {
     bool wide;
     if (block->text != nullptr) {
         uint32_t flags = RuntimeEncodingFlags(context->global->options, context->options);
-        code = EncodeRuntimeFormat(context, block->text, static_cast<int32_t>(block->lengthOrCode), flags);
+        code = RuntimeFormatCode(context, block->text, static_cast<int32_t>(block->lengthOrCode), flags);
         if (code == nullptr) {
             context->itemsStopped = 1;
             return context->status;
         }
-        wide = sizeof(void*) > 4;  // the encoding EncodeRuntimeFormat makes here
+        wide = sizeof(void*) > 4;  // the encoding a run-time of this word size makes
     } else {
         code = reinterpret_cast<const void*>(block->lengthOrCode);
         wide = !Is32BitEncoding(code) && Is64BitEncoding(code);
