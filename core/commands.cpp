@@ -79,7 +79,8 @@ VRN_EXPORT int32_t _vrnIOCmd(int32_t unitNumber, int32_t command, const KeywordL
     context->msgLine = 0;
     context->msgFileLength = 0;
     if (iostatAddress != nullptr) context->iostatWidth = 4;
-    ReadMessageSpecifiers(context, keywords);
+    // INQUIRE takes its message specifiers in its own single pass over the list.
+    if (command != VRN_COMMAND_INQUIRE) ReadMessageSpecifiers(context, keywords);
     CommandRoutine routine = command >= 0 && command < kCommandCount ? kCommands[command] : InvalidCmd;
     int32_t result = routine(global, context, unitNumber, keywords);
 

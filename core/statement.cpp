@@ -53,32 +53,33 @@ struct StatementSpecifiers {
 
 }  // namespace
 
+bool TakeMessageSpecifier(LocalContext* context, const KeywordEntry& entry) {
+    switch (entry.tag & 0xFFFFu) {
+    case VRN_KEY_IOMSG:
+        context->iomsgAddress = reinterpret_cast<char*>(entry.a);
+        context->iomsgLength = static_cast<int32_t>(entry.b);
+        return true;
+    case VRN_KEY_MSGLINE: context->msgLine = static_cast<int32_t>(entry.a); return true;
+    case VRN_KEY_MSGFILE: {
+        // A long name keeps its last 4,096 characters; the length stays as given.
+        const char* name = reinterpret_cast<const char*>(entry.a);
+        int32_t length = static_cast<int32_t>(entry.b);
+        if (length > kMaxMessageFileName) name += length - kMaxMessageFileName;
+        context->msgFile = name;
+        context->msgFileLength = length;
+        return true;
+    }
+    case VRN_TAG_IOSTAT8:
+        context->iostatWidth = 8;
+        context->iostatAddress = reinterpret_cast<void*>(entry.a);
+        return true;
+    default: return false;
+    }
+}
+
 void ReadMessageSpecifiers(LocalContext* context, const KeywordList* keywords) {
     if (keywords == nullptr || keywords->version != 1 || keywords->count == 0) return;
-    for (uint32_t i = 0; i < keywords->count; ++i) {
-        const KeywordEntry& entry = keywords->entries[i];
-        switch (entry.tag & 0xFFFFu) {
-        case VRN_KEY_IOMSG:
-            context->iomsgAddress = reinterpret_cast<char*>(entry.a);
-            context->iomsgLength = static_cast<int32_t>(entry.b);
-            break;
-        case VRN_KEY_MSGLINE: context->msgLine = static_cast<int32_t>(entry.a); break;
-        case VRN_KEY_MSGFILE: {
-            // A long name keeps its last 4,096 characters; the length stays as given.
-            const char* name = reinterpret_cast<const char*>(entry.a);
-            int32_t length = static_cast<int32_t>(entry.b);
-            if (length > kMaxMessageFileName) name += length - kMaxMessageFileName;
-            context->msgFile = name;
-            context->msgFileLength = length;
-            break;
-        }
-        case VRN_TAG_IOSTAT8:
-            context->iostatWidth = 8;
-            context->iostatAddress = reinterpret_cast<void*>(entry.a);
-            break;
-        default: break;
-        }
-    }
+    for (uint32_t i = 0; i < keywords->count; ++i) TakeMessageSpecifier(context, keywords->entries[i]);
 }
 
 void DeliverIostatAndIomsg(LocalContext* context) {

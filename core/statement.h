@@ -34,9 +34,13 @@ int32_t PrepareUnit(LocalContext* context, UnitRecord** unit, uint32_t direction
 int32_t AllowIOAfterEOF(LocalContext* context, UnitRecord* unit, uint32_t direction);
 
 struct KeywordList;
+struct KeywordEntry;
 // What the error reporter needs before anything can go wrong: IOMSG=, MSGLINE, MSGFILE and
 // a 64-bit IOSTAT=.
 void ReadMessageSpecifiers(LocalContext* context, const KeywordList* keywords);
+// One entry of that reading: false when the entry is no message specifier. For a
+// statement that reads its list in one pass of its own.
+bool TakeMessageSpecifier(LocalContext* context, const KeywordEntry& entry);
 // Stores IOSTAT= and, when there is a message, IOMSG= (blank-padded).
 void DeliverIostatAndIomsg(LocalContext* context);
 

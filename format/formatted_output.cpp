@@ -7,10 +7,12 @@
 #include "core/context.h"
 #include "core/errors.h"
 #include "core/export.h"
+#include "convert/decimal_digits.h"
 #include "core/unit.h"
 #include "format/descriptor_table.h"
 #include "format/edit_output.h"
 #include "format/format_control.h"
+#include "transport/record_window.h"
 #include "transport/transport.h"
 #include "vrn90.h"
 
@@ -122,6 +124,21 @@ bool EditInteger(LocalContext* context, const void* item) {
         int32_t count = DecimalDigits(value, end);
         char sign = value < 0 ? '-' : f.signPlus ? '+' : 0;
         return WithMinimumDigits(context, end - count, count, sign);
+    }
+    // Iw with room in the record and the buffer: the field is made where it is written.
+    if (f.w > 0) {
+        uint64_t magnitude = value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+        char sign = value < 0 ? '-' : f.signPlus ? '+' : 0;
+        int32_t length = decimal_digits::Count(magnitude) + (sign != 0 ? 1 : 0);
+        if (length > f.w) return Stars(context, f.w);
+        if (char* out = IOReserve(context, f.w)) {
+            int32_t lead = f.w - length;
+            std::memset(out, ' ', static_cast<size_t>(lead));
+            if (sign != 0) out[lead] = sign;
+            decimal_digits::Write64(magnitude, out + f.w);
+            IOCommit(context, f.w);
+            return true;
+        }
     }
     int32_t count = f.size <= 4 ? FmtLongIntToDec(static_cast<int32_t>(value), end, f.signPlus != 0)
                                 : FmtI8ToDec(static_cast<uint32_t>(static_cast<uint64_t>(value) >> 32),

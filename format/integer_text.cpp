@@ -3,33 +3,12 @@
 #include <cstdint>
 #include <cstring>
 
+#include "convert/decimal_digits.h"
 #include "format/edit_output.h"
 
 namespace {
 
 constexpr char kODHDigits[] = "0123456789ABCDEF";
-
-// Two decimal digits at a time: half the divisions.
-constexpr char kDigitPairs[] =
-    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-    "8081828384858687888990919293949596979899";
-
-char* DecimalDigits32(uint32_t magnitude, char* p) {
-    while (magnitude >= 100) {
-        uint32_t pair = magnitude % 100;  // a multiply by the reciprocal, not a division
-        magnitude /= 100;
-        p -= 2;
-        std::memcpy(p, kDigitPairs + 2 * pair, 2);
-    }
-    if (magnitude >= 10) {
-        p -= 2;
-        std::memcpy(p, kDigitPairs + 2 * magnitude, 2);
-    } else {
-        *--p = static_cast<char>('0' + magnitude);
-    }
-    return p;
-}
 
 int32_t Signed(char* end, char* p, bool negative, bool withPlus) {
     if (negative) *--p = '-';
@@ -52,29 +31,15 @@ int32_t StripLeadingZeros(char* end, char* p) {
 
 int32_t FmtLongIntToDec(int32_t value, char* end, bool withPlus) {
     uint32_t magnitude = value < 0 ? 0u - static_cast<uint32_t>(value) : static_cast<uint32_t>(value);
-    return Signed(end, DecimalDigits32(magnitude, end), value < 0, withPlus);
+    return Signed(end, decimal_digits::Write32(magnitude, end), value < 0, withPlus);
 }
 
-int32_t d8toa(uint64_t magnitude, char* end) {
-    // Blocks of nine digits: each block converts in 32-bit arithmetic.
-    char* p = end;
-    while (magnitude >= 1000000000u) {
-        uint32_t block = static_cast<uint32_t>(magnitude % 1000000000u);
-        magnitude /= 1000000000u;
-        char* blockStart = DecimalDigits32(block, p);
-        while (blockStart > p - 9) *--blockStart = '0';
-        p -= 9;
-    }
-    p = DecimalDigits32(static_cast<uint32_t>(magnitude), p);
-    return static_cast<int32_t>(end - p);
-}
+int32_t d8toa(uint64_t magnitude, char* end) { return static_cast<int32_t>(end - decimal_digits::Write64(magnitude, end)); }
 
 int32_t FmtI8ToDec(uint32_t high, uint32_t low, char* end, bool withPlus) {
     int64_t value = static_cast<int64_t>((static_cast<uint64_t>(high) << 32) | low);
     uint64_t magnitude = value < 0 ? 0u - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
-    char* p = (magnitude >> 32) == 0 ? DecimalDigits32(static_cast<uint32_t>(magnitude), end)
-                                     : end - d8toa(magnitude, end);
-    return Signed(end, p, value < 0, withPlus);
+    return Signed(end, decimal_digits::Write64(magnitude, end), value < 0, withPlus);
 }
 
 int32_t FmtLongIntToHex(uint32_t value, char* end) {

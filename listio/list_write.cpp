@@ -5,10 +5,12 @@
 #include <cstring>
 
 #include "convert/convert.h"
+#include "convert/decimal_digits.h"
 #include "core/context.h"
 #include "core/errors.h"
 #include "core/export.h"
 #include "listio/listio.h"
+#include "transport/record_window.h"
 #include "transport/transport.h"
 #include "vrn90.h"
 
@@ -71,41 +73,6 @@ void Place(LocalContext* context, const char* text, int32_t length) {
     if (Write(context, text, length)) context->ld_last_was_char = 0;
 }
 
-constexpr char kDigitPairs[] =
-    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-    "8081828384858687888990919293949596979899";
-
-// Decimal digits of v into the end of a buffer, two at a time; the result points at the
-// first byte.
-char* Digits(uint64_t v, char* end) {
-    // Most values fit 32 bits, whose division is cheaper.
-    if (v <= 0xFFFFFFFFu) {
-        uint32_t small = static_cast<uint32_t>(v);
-        while (small >= 100) {
-            unsigned pair = (small % 100) * 2;
-            small /= 100;
-            *--end = kDigitPairs[pair + 1];
-            *--end = kDigitPairs[pair];
-        }
-        v = small;
-    }
-    while (v >= 100) {
-        unsigned pair = static_cast<unsigned>(v % 100) * 2;
-        v /= 100;
-        *--end = kDigitPairs[pair + 1];
-        *--end = kDigitPairs[pair];
-    }
-    if (v >= 10) {
-        unsigned pair = static_cast<unsigned>(v) * 2;
-        *--end = kDigitPairs[pair + 1];
-        *--end = kDigitPairs[pair];
-    } else {
-        *--end = static_cast<char>('0' + v);
-    }
-    return end;
-}
-
 // The separator and the value in one write, when the plain separator is due and both fit
 // this record: the same text as the separator step followed by Place. `text` has a byte
 // of room in front. false when the general path must run.
@@ -131,12 +98,27 @@ int64_t IntegerOfKind(const void* value, int32_t kind) {
 }
 
 void PlaceInteger(LocalContext* context, int64_t value) {
+    uint64_t magnitude = value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+    char sign = value < 0 ? '-' : context->modeSign == VRN_KEY_PLUS ? '+' : 0;
+    // The common case: the plain separator is due and the field fits this record, so the
+    // blank and the digits go straight into the unit's buffer, as PlaceWithSeparator would
+    // write them.
+    if (!context->ld_first_item && !context->ld_skip_separator && context->ldSeparator == ' ') {
+        int32_t length = decimal_digits::Count(magnitude) + (sign != 0 ? 1 : 0);
+        char* out = length < context->recordMax ? IOReserve(context, length + 1) : nullptr;
+        if (out != nullptr) {
+            out[0] = ' ';
+            out[1] = sign;  // overwritten by the first digit when there is no sign
+            decimal_digits::Write64(magnitude, out + 1 + length);
+            IOCommit(context, length + 1);
+            context->ld_last_was_char = 0;
+            return;
+        }
+    }
     char buffer[32];
     char* end = buffer + sizeof buffer;
-    uint64_t magnitude = value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
-    char* start = Digits(magnitude, end);
-    if (value < 0) *--start = '-';
-    else if (context->modeSign == VRN_KEY_PLUS) *--start = '+';
+    char* start = decimal_digits::Write64(magnitude, end);
+    if (sign != 0) *--start = sign;
     int32_t length = static_cast<int32_t>(end - start);
     if (PlaceWithSeparator(context, start, length)) return;
     SeparatorStep(context);

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <string_view>
@@ -11,6 +12,7 @@
 #include "core/context.h"
 #include "core/errors.h"
 #include "core/keywords.h"
+#include "core/statement.h"
 #include "core/unit.h"
 #include "transport/transport.h"
 #include "ufmt/async_io.h"
@@ -192,34 +194,91 @@ void StoreInteger(void* variable, int32_t size, int64_t value) {
     }
 }
 
+// Which kind of answer each keyword has, so that an entry goes straight to its own.
+enum class AnswerKind : uint8_t { kNone, kInteger, kLogical, kText };
+
+constexpr auto kAnswerKinds = [] {
+    std::array<AnswerKind, kKeywordRows> kinds{};
+    for (uint32_t keyword : {VRN_KEY_NUMBER, VRN_KEY_NEXTREC, VRN_KEY_POS, VRN_KEY_RECL, VRN_KEY_SIZE}) {
+        kinds[keyword] = AnswerKind::kInteger;
+    }
+    for (uint32_t keyword : {VRN_KEY_EXIST, VRN_KEY_OPENED, VRN_KEY_NAMED, VRN_KEY_PENDING}) {
+        kinds[keyword] = AnswerKind::kLogical;
+    }
+    for (uint32_t keyword :
+         {VRN_KEY_ACCESS, VRN_KEY_ACTION, VRN_KEY_ASYNCH, VRN_KEY_ASYNCHRONOUS, VRN_KEY_BLANK, VRN_KEY_DECIMAL,
+          VRN_KEY_DELIM, VRN_KEY_PAD, VRN_KEY_ROUND, VRN_KEY_SIGN, VRN_KEY_ENCODING, VRN_KEY_FORM, VRN_KEY_FORMATTED,
+          VRN_KEY_UNFORMATTED, VRN_KEY_SEQUENTIAL, VRN_KEY_DIRECT, VRN_KEY_STREAM, VRN_KEY_READ, VRN_KEY_WRITE,
+          VRN_KEY_READWRITE, VRN_KEY_POSITION, VRN_KEY_NAME}) {
+        kinds[keyword] = AnswerKind::kText;
+    }
+    return kinds;
+}();
+
 // One entry of the list: a character, integer or logical result, by its keyword. The
-// 64-bit forms carry the keyword in b.
+// 64-bit forms carry the keyword in b; each takes only answers of its own kind.
 void Answer(const Subject& subject, const KeywordEntry& entry) {
     uint32_t tag = entry.tag & 0xFFFFu;
     auto* variable = reinterpret_cast<void*>(entry.a);
-    bool wide = tag == VRN_TAG_INQUIRE_INT8 || tag == VRN_TAG_INQUIRE_LOG8;
-    uint32_t keyword = wide ? entry.b : tag;
-    int64_t number;
-    bool truth;
-    if (tag == VRN_TAG_INQUIRE_LOG8) {
-        if (LogicalAnswer(subject, keyword, &truth)) StoreLogicalSpecifier(variable, 8, truth);
-    } else if (IntegerAnswer(subject, keyword, &number)) {
-        StoreInteger(variable, wide ? 8 : 4, number);
-    } else if (wide) {
+    bool wideInteger = tag == VRN_TAG_INQUIRE_INT8, wideLogical = tag == VRN_TAG_INQUIRE_LOG8;
+    uint32_t keyword = wideInteger || wideLogical ? entry.b : tag;
+    if (keyword >= static_cast<uint32_t>(kKeywordRows)) return;
+    switch (kAnswerKinds[keyword]) {
+    case AnswerKind::kInteger: {
+        int64_t number;
+        if (!wideLogical && IntegerAnswer(subject, keyword, &number)) StoreInteger(variable, wideInteger ? 8 : 4, number);
         return;
-    } else if (LogicalAnswer(subject, keyword, &truth)) {
-        StoreLogicalSpecifier(variable, entry.b == 0 ? 4 : entry.b, truth);
-    } else if (Text text = TextAnswer(subject, keyword); text.data() != nullptr) {
-        StoreText(entry, text);
+    }
+    case AnswerKind::kLogical: {
+        bool truth;
+        if (wideInteger || !LogicalAnswer(subject, keyword, &truth)) return;
+        StoreLogicalSpecifier(variable, wideLogical ? 8 : entry.b == 0 ? 4 : entry.b, truth);
+        return;
+    }
+    case AnswerKind::kText:
+        if (wideInteger || wideLogical) return;
+        if (Text text = TextAnswer(subject, keyword); text.data() != nullptr) StoreText(entry, text);
+        return;
+    case AnswerKind::kNone: return;
     }
 }
 
-const KeywordEntry* FindFileEntry(const KeywordList* keywords) {
-    if (keywords == nullptr || keywords->version != 1) return nullptr;
+// What the statement's list holds besides its answers, taken in one pass: the message
+// specifiers go to the context on the way.
+struct ListFacts {
+    const KeywordEntry* file = nullptr;
+    bool pendingAsked = false;
+    bool idGiven = false;
+    int32_t id = 0;
+};
+
+ListFacts ReadList(LocalContext* context, const KeywordList* keywords) {
+    ListFacts facts;
+    if (keywords == nullptr || keywords->version != 1) return facts;
     for (uint32_t i = 0; i < keywords->count; ++i) {
-        if ((keywords->entries[i].tag & 0xFFFFu) == VRN_KEY_FILE) return &keywords->entries[i];
+        const KeywordEntry& entry = keywords->entries[i];
+        switch (entry.tag & 0xFFFFu) {
+        case VRN_KEY_FILE:
+            if (facts.file == nullptr) facts.file = &entry;
+            break;
+        case VRN_KEY_PENDING: facts.pendingAsked = true; break;
+        case VRN_TAG_INQUIRE_LOG8:
+            if (entry.b == VRN_KEY_PENDING) facts.pendingAsked = true;
+            break;
+        case VRN_KEY_ID:
+            facts.idGiven = true;
+            facts.id = static_cast<int32_t>(static_cast<uint32_t>(entry.a));
+            break;
+        case VRN_TAG_ID8: {
+            facts.idGiven = true;
+            auto wide = static_cast<int64_t>((static_cast<uint64_t>(entry.a) << 32) | entry.b);
+            facts.id = wide >= 0 && wide <= INT32_MAX ? static_cast<int32_t>(wide) : -1;
+            break;
+        }
+        default: TakeMessageSpecifier(context, entry); break;
+        }
     }
-    return nullptr;
+    return facts;
 }
 
 // The file named by FILE=, and the unit that holds it if any. false when the statement
@@ -256,31 +315,17 @@ bool FindFile(GlobalContext* global, LocalContext* context, const KeywordEntry& 
 // PENDING= asks the asynchronous layer, which performs the wait of a request that has
 // finished; ID= names the request, otherwise it is every request of the unit. false when
 // the report of a failed request stopped the statement.
-bool FindPending(GlobalContext* global, LocalContext* context, const KeywordList* keywords, Subject& subject) {
-    bool asked = false, idGiven = false;
-    int32_t id = 0;
-    for (uint32_t i = 0; i < keywords->count; ++i) {
-        const KeywordEntry& entry = keywords->entries[i];
-        uint32_t tag = entry.tag & 0xFFFFu;
-        if (tag == VRN_KEY_PENDING || (tag == VRN_TAG_INQUIRE_LOG8 && entry.b == VRN_KEY_PENDING)) asked = true;
-        if (tag == VRN_KEY_ID) {
-            idGiven = true;
-            id = static_cast<int32_t>(static_cast<uint32_t>(entry.a));
-        } else if (tag == VRN_TAG_ID8) {
-            idGiven = true;
-            auto wide = static_cast<int64_t>((static_cast<uint64_t>(entry.a) << 32) | entry.b);
-            id = wide >= 0 && wide <= INT32_MAX ? static_cast<int32_t>(wide) : -1;
-        }
-    }
-    if (!asked || subject.byFile) return true;
-    return AIOInquirePending(global, context, subject.unit, idGiven, id, &subject.pending);
+bool FindPending(GlobalContext* global, LocalContext* context, const ListFacts& facts, Subject& subject) {
+    if (!facts.pendingAsked || subject.byFile) return true;
+    return AIOInquirePending(global, context, subject.unit, facts.idGiven, facts.id, &subject.pending);
 }
 
 }  // namespace
 
 int32_t InquireCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords) {
     bool byUnit = (context->options & VRN_OPTION_INQUIRE_BY_UNIT) != 0;
-    const KeywordEntry* file = FindFileEntry(keywords);
+    ListFacts facts = ReadList(context, keywords);
+    const KeywordEntry* file = facts.file;
     if (byUnit == (file != nullptr)) {
         ErrorHandler(kClassRecoverable, kKindError, 34, 34, 0u);
         return context->status;
@@ -301,7 +346,7 @@ int32_t InquireCmd(GlobalContext* global, LocalContext* context, int32_t unitNum
         return context->status;
     }
     if (keywords == nullptr || keywords->version != 1) return context->status;
-    if (!FindPending(global, context, keywords, subject)) return context->status;
+    if (!FindPending(global, context, facts, subject)) return context->status;
     for (uint32_t i = 0; i < keywords->count; ++i) Answer(subject, keywords->entries[i]);
     return context->status;
 }

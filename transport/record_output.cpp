@@ -11,6 +11,7 @@
 #include "core/errors.h"
 #include "core/unit.h"
 #include "desc/array_walk.h"
+#include "transport/record_window.h"
 #include "transport/transport.h"
 #include "ufmt/byte_order.h"
 #include "vrn90.h"
@@ -172,19 +173,9 @@ int32_t IOPutByte(LocalContext* context, int byte) {
 
 int32_t IOWrite(LocalContext* context, const void* bytes, int32_t count) {
     if (count <= 0) return 0;
-    // The common case with no call below: a block-buffered unit that is writing, no
-    // pending column, and room in both the record and the buffer.
-    if (UnitRecord* unit = context->unit; unit != nullptr && unit->pendingColumn < 0 &&
-                                          unit->direction == kDirectionWrite && !unit->recordBuffered &&
-                                          !unit->needsReposition && unit->buffer != nullptr &&
-                                          count <= context->recordMax - context->column &&
-                                          count <= unit->buffer + unit->bufferSize - unit->cursor) {
-        std::memcpy(unit->cursor, bytes, static_cast<size_t>(count));
-        unit->cursor += count;
-        int32_t used = static_cast<int32_t>(unit->cursor - unit->buffer);
-        if (used > unit->bufferFill) unit->bufferFill = used;
-        unit->filePosition += count;
-        Advance(context, count);
+    if (char* window = IOReserve(context, count)) {
+        std::memcpy(window, bytes, static_cast<size_t>(count));
+        IOCommit(context, count);
         return count;
     }
     if (IsInternal(context)) {

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <random>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -379,6 +381,48 @@ TEST_F(FormattedOutput, ExternalRecordsAdvanceAndDollar) {
     EXPECT_EQ(iostat, 4);
     vrntest::Close(12);
     EXPECT_EQ(vrntest::ReadFile(dir.Path("g")).substr(0, 6), "   1  ");
+}
+
+// Iw of random values of every kind on a file, against the C library's "%*lld".
+TEST_F(FormattedOutput, RandomIntegersOnAFileMatchTheCLibrary) {
+    struct Layout {
+        const char* format;
+        int32_t perRecord, width;
+        bool plus;
+    };
+    const Layout layouts[] = {{"(4I12)", 4, 12, false}, {"(SP,3I7)", 3, 7, true}, {"(I21)", 1, 21, false},
+                              {"(5I3)", 5, 3, false}};
+    const int32_t kinds[] = {1, 2, 4, 8};
+    std::mt19937_64 random(39);
+    vrntest::TempDir dir;
+    for (const Layout& layout : layouts) {
+        Specifiers open;
+        open.Text(VRN_KEY_FILE, dir.Path("i"));
+        ASSERT_EQ(vrntest::Open(13, open), 0);
+        std::string expected;
+        FormatWriter writer(13, layout.format);
+        for (int i = 0; i < 600; ++i) {
+            int32_t kind = kinds[random() % 4];
+            int64_t v = static_cast<int64_t>(random()) >> (random() % 64);
+            if (kind == 1) v = static_cast<int8_t>(v);
+            if (kind == 2) v = static_cast<int16_t>(v);
+            if (kind == 4) v = static_cast<int32_t>(v);
+            if (i == 7) v = INT64_MIN;
+            if (i == 8) v = 0;
+            writer.Integer(v, i == 7 ? 8 : kind);
+            char field[64];
+            std::snprintf(field, sizeof field, layout.plus ? "%+*lld" : "%*lld", layout.width, static_cast<long long>(v));
+            std::string text = field;
+            if (static_cast<int32_t>(text.size()) > layout.width) text = std::string(layout.width, '*');
+            expected += text;
+            if ((i + 1) % layout.perRecord == 0) expected += "\n";
+        }
+        if (!expected.empty() && expected.back() != '\n') expected += "\n";
+        writer.End();
+        vrntest::Close(13);
+        ASSERT_EQ(vrntest::ReadFile(dir.Path("i")), expected) << layout.format;
+        std::remove(dir.Path("i").c_str());
+    }
 }
 
 TEST_F(FormattedOutput, SegmentsMatchItemByItem) {

@@ -9,6 +9,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "core/context.h"
 #include "tests/support/fortran.h"
@@ -177,6 +178,66 @@ TEST_F(ListRecords, ValuesMoveToTheNextRecordWhole) {
     int32_t iostat = 0;
     EXPECT_EQ(OnFile(11, [](ListWriter& w) { w.Item(1.0f).Item(7); }, &iostat), " \n");
     EXPECT_EQ(iostat, 4);
+}
+
+// The records list-directed output makes of integers, by the rules alone: each record
+// starts with a blank, values are parted by one blank, and a value that does not fit
+// moves whole to the next record (behind the separator, which stays if there is room).
+std::string ModelIntegerRecords(const std::vector<int64_t>& values, int32_t recl, bool plus) {
+    std::string out, record = " ";
+    bool first = true;
+    for (int64_t v : values) {
+        std::string text = (plus && v >= 0 ? "+" : "") + std::to_string(v);
+        int32_t column = static_cast<int32_t>(record.size());
+        if (first) {
+            first = false;
+        } else if (static_cast<int32_t>(text.size()) + 1 <= recl - column) {
+            record += ' ';
+            column += 1;
+        } else {
+            if (column < recl) record += ' ';
+            column = recl;
+        }
+        if (static_cast<int32_t>(text.size()) > recl - column) {
+            out += record + "\n";
+            record = " ";
+        }
+        record += text;
+    }
+    return out + record + "\n";
+}
+
+TEST_F(ListRecords, RandomIntegersOfEveryKindFollowTheRecordRules) {
+    std::mt19937_64 random(39);
+    const int32_t kinds[] = {1, 2, 4, 8};
+    for (int32_t recl : {8, 13, 80, 133, 1500, 3000}) {
+        for (bool plus : {false, true}) {
+            std::vector<int64_t> values;
+            std::vector<int32_t> itemKinds;
+            for (int i = 0; i < 300; ++i) {
+                int32_t kind = kinds[random() % 4];
+                int64_t v = static_cast<int64_t>(random());
+                // Every length of number, not only the long ones random bits give.
+                v >>= random() % 64;
+                if (kind == 1) v = static_cast<int8_t>(v);
+                if (kind == 2) v = static_cast<int16_t>(v);
+                if (kind == 4) v = static_cast<int32_t>(v);
+                if (i % 50 == 0) v = kind == 8 ? INT64_MIN : kind == 4 ? INT32_MIN : 0;
+                if (recl < 20) v %= 10000;  // a value must fit a record beside its blank
+                values.push_back(v);
+                itemKinds.push_back(kind);
+            }
+            Specifiers sign;
+            sign.Location("t.f", 1).Keyword(VRN_KEY_SIGN, plus ? VRN_KEY_PLUS : VRN_KEY_SUPPRESS);
+            std::string file = OnFile(
+                recl,
+                [&](ListWriter& w) {
+                    for (size_t i = 0; i < values.size(); ++i) w.Integer(values[i], itemKinds[i]);
+                },
+                nullptr, &sign);
+            ASSERT_EQ(file, ModelIntegerRecords(values, recl, plus)) << "RECL=" << recl << " plus=" << plus;
+        }
+    }
 }
 
 TEST_F(ListRecords, ComplexValuesSplitAfterTheirSeparator) {
