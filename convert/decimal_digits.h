@@ -14,17 +14,34 @@ inline constexpr char kPairs[] =
     "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
     "8081828384858687888990919293949596979899";
 
-// How many digits `v` has (1 for 0).
+inline constexpr uint64_t kPowersOfTen[20] = {1ull,
+                                              10ull,
+                                              100ull,
+                                              1000ull,
+                                              10000ull,
+                                              100000ull,
+                                              1000000ull,
+                                              10000000ull,
+                                              100000000ull,
+                                              1000000000ull,
+                                              10000000000ull,
+                                              100000000000ull,
+                                              1000000000000ull,
+                                              10000000000000ull,
+                                              100000000000000ull,
+                                              1000000000000000ull,
+                                              10000000000000000ull,
+                                              100000000000000000ull,
+                                              1000000000000000000ull,
+                                              10000000000000000000ull};
+
+// How many digits `v` has (1 for 0), without a division: the bit length times log10(2)
+// (1233/4096) is the count or one more than it, and one comparison decides.
 inline int32_t Count(uint64_t v) {
-    int32_t count = 1;
-    for (;;) {
-        if (v < 10) return count;
-        if (v < 100) return count + 1;
-        if (v < 1000) return count + 2;
-        if (v < 10000) return count + 3;
-        v /= 10000;
-        count += 4;
-    }
+    v |= 1;  // the same count, and 0 counted as 1
+    int32_t bits = 64 - __builtin_clzll(v);
+    int32_t guess = (bits * 1233) >> 12;
+    return guess + (v >= kPowersOfTen[guess] ? 1 : 0);
 }
 
 inline void PutPair(char* at, uint32_t pair) { std::memcpy(at, kPairs + 2 * pair, 2); }
