@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <type_traits>
 
@@ -39,6 +40,7 @@ struct Lanes {
     static constexpr int kCount = 1;
     static constexpr int kColumns = 2;
     static V Broadcast(const Acc& x) { return x; }
+    static V BroadcastLoad(const Acc* p) { return *p; }
     static V Load(const Acc* p) { return *p; }
     static void Store(Acc* p, const V& v) { *p = v; }
 };
@@ -63,6 +65,13 @@ struct Lanes<Acc, std::enable_if_t<kVectorLanes<Acc>>> {
         V v;
         for (int l = 0; l < kCount; ++l) v[l] = x;
         return v;
+    }
+    // One load that fills every lane: a lane-by-lane broadcast of a loaded value costs a
+    // shuffle, and shuffles compete with the multiply-adds for the same pipes.
+    static V BroadcastLoad(const Acc* p) {
+        if constexpr (std::is_same_v<Acc, double>) return _mm256_set1_pd(*p);
+        else if constexpr (std::is_same_v<Acc, float>) return _mm256_set1_ps(*p);
+        else return Broadcast(*p);
     }
     static V Load(const Acc* p) {
         V v;
@@ -203,6 +212,10 @@ private:
             // (16 data caches' worth), read from there by every row block. Only the
             // visiting order changes: each element still sums its K terms in order.
             ptrdiff_t sweep = std::max<ptrdiff_t>(16 * static_cast<ptrdiff_t>(params_.size) / (kb * lenB), 1);
+            // With B in panels, A's row block grows to as many tiles as the scratch buffer
+            // holds: each panel then serves several tiles while it is in the first cache.
+            ptrdiff_t panelRows = std::max<ptrdiff_t>(params_.scratch / (kb * lenA) / kRows * kRows, mb);
+            if (!packB && SweepsOfPanels(kb, RoundUp(std::min(sweep, n), kColumns), panelRows, buffer)) return;
             sweep = RoundUp(sweep, std::min(nb, n));
             for (ptrdiff_t p0 = 0; p0 < k; p0 += kb) {
                 for (ptrdiff_t j0 = 0; j0 < n; j0 += sweep) {
@@ -213,6 +226,53 @@ private:
         }
         for (ptrdiff_t i0 = 0; i0 < m; i0 += mb) {
             for (ptrdiff_t p0 = 0; p0 < k; p0 += kb) rowBlock(i0, p0, 0, n);
+        }
+    }
+
+    // The vector path with B packed too: each sweep's K block of B is copied once into
+    // panels of kColumns columns, (p, j) at p * kColumns + j within its panel, so that a
+    // tile reads one stream of B rather than kColumns, and every row block reuses the
+    // copy. false, having done nothing, when the panels cannot be allocated.
+    bool SweepsOfPanels(ptrdiff_t kb, ptrdiff_t sweep, ptrdiff_t mb, Acc* bufferA) {
+        const ptrdiff_t m = f_.m, k = f_.k, n = f_.n;
+        auto* panels = static_cast<Acc*>(std::malloc(static_cast<size_t>(kb * sweep) * sizeof(Acc)));
+        if (panels == nullptr) return false;
+        for (ptrdiff_t p0 = 0; p0 < k; p0 += kb) {
+            ptrdiff_t kc = std::min(kb, k - p0);
+            for (ptrdiff_t j0 = 0; j0 < n; j0 += sweep) {
+                ptrdiff_t nc = std::min(sweep, n - j0);
+                PackPanels(b_ + p0 * f_.bRow + j0 * f_.bCol, kc, nc, panels);
+                for (ptrdiff_t i0 = 0; i0 < m; i0 += mb) {
+                    ptrdiff_t mc = std::min(mb, m - i0);
+                    PackA(a_ + i0 * f_.aRow + p0 * f_.aCol, mc, kc, bufferA);
+                    C* cBlock = c_ + i0 * f_.cRow + j0 * f_.cCol;
+                    for (ptrdiff_t j = 0; j < nc; j += kColumns) {
+                        int columns = static_cast<int>(std::min<ptrdiff_t>(kColumns, nc - j));
+                        const Acc* panel = panels + j * kc;
+                        const Acc* bColumn[kColumns];
+                        for (int jj = 0; jj < kColumns; ++jj) bColumn[jj] = panel + jj;
+                        for (ptrdiff_t i = 0; i < mc; i += kRows) {
+                            int rows = static_cast<int>(std::min<ptrdiff_t>(kRows, mc - i));
+                            Tile(PackedA{bufferA, kc}, i, bColumn, kColumns, cBlock + i * f_.cRow + j * f_.cCol, rows,
+                                 columns, kc, p0 == 0);
+                        }
+                    }
+                }
+            }
+        }
+        std::free(panels);
+        return true;
+    }
+
+    // Columns past the block's last repeat it, as MultiplyBlock's would; their sums are
+    // not stored.
+    void PackPanels(const TB* block, ptrdiff_t kc, ptrdiff_t nc, Acc* out) const {
+        for (ptrdiff_t j0 = 0; j0 < nc; j0 += kColumns) {
+            Acc* panel = out + j0 * kc;
+            for (int jj = 0; jj < kColumns; ++jj) {
+                const TB* column = block + std::min<ptrdiff_t>(j0 + jj, nc - 1) * f_.bCol;
+                for (ptrdiff_t p = 0; p < kc; ++p) panel[p * kColumns + jj] = Math::From(column[p * f_.bRow]);
+            }
         }
     }
 
@@ -262,12 +322,22 @@ private:
     }
 
     // One register tile over the block's K range.
-    template <typename AView>
-    void Tile(const AView& a, ptrdiff_t row, const TB* const (&bColumn)[kColumns], ptrdiff_t pStride, C* c,
+    template <typename AView, typename BElement>
+    void Tile(const AView& a, ptrdiff_t row, const BElement* const (&bColumn)[kColumns], ptrdiff_t pStride, C* c,
               int rows, int columns, ptrdiff_t kc, bool first) const {
         V acc[kColumns][kGroups];
         alignas(64) Acc spill[kColumns][kRows];
-        if (first) {
+        // A whole tile of a result whose columns are contiguous moves by vectors.
+        const bool direct = std::is_same_v<C, Acc> && rows == kRows && columns == kColumns && f_.cRow == 1;
+        if (direct) {
+            if constexpr (std::is_same_v<C, Acc>) {
+                for (int jj = 0; jj < kColumns; ++jj) {
+                    for (int g = 0; g < kGroups; ++g) {
+                        acc[jj][g] = first ? L::Broadcast(Math::Zero()) : L::Load(c + jj * f_.cCol + g * L::kCount);
+                    }
+                }
+            }
+        } else if (first) {
             for (auto& column : acc) {
                 for (auto& v : column) v = L::Broadcast(Math::Zero());
             }
@@ -283,9 +353,19 @@ private:
             V av[kGroups];
             for (int g = 0; g < kGroups; ++g) av[g] = a.Load(row, g, p);
             for (int jj = 0; jj < kColumns; ++jj) {
-                V bv = L::Broadcast(Math::From(bColumn[jj][p * pStride]));
+                V bv;
+                if constexpr (std::is_same_v<BElement, Acc>) bv = L::BroadcastLoad(&bColumn[jj][p * pStride]);
+                else bv = L::Broadcast(Math::From(bColumn[jj][p * pStride]));
                 for (int g = 0; g < kGroups; ++g) acc[jj][g] = MulAdd(av[g], bv, acc[jj][g]);
             }
+        }
+        if (direct) {
+            if constexpr (std::is_same_v<C, Acc>) {
+                for (int jj = 0; jj < kColumns; ++jj) {
+                    for (int g = 0; g < kGroups; ++g) L::Store(c + jj * f_.cCol + g * L::kCount, acc[jj][g]);
+                }
+            }
+            return;
         }
         for (int jj = 0; jj < columns; ++jj) {
             for (int g = 0; g < kGroups; ++g) L::Store(&spill[jj][g * L::kCount], acc[jj][g]);

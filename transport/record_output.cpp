@@ -92,7 +92,12 @@ int32_t FinishExternalWriteRecord(LocalContext* context) {
             unit->filePosition = context->recordNumber * static_cast<int64_t>(context->recordLength);
         }
     } else if (formatted) {
-        if (WriteUnit(global, unit, "\n", 1) != 1) return 0;
+        if (char* window = UnitReserve(unit, 1)) {
+            *window = '\n';
+            UnitCommit(unit, 1);
+        } else if (WriteUnit(global, unit, "\n", 1) != 1) {
+            return 0;
+        }
         context->recordLength = -1;
     } else if (unit->access == VRN_KEY_SEQUENTIAL) {
         uint8_t tag[16];
@@ -154,6 +159,11 @@ void ClearRecordState(LocalContext* context) {
 }  // namespace
 
 int32_t IOPutByte(LocalContext* context, int byte) {
+    if (char* window = IOReserve(context, 1)) {
+        *window = static_cast<char>(byte);
+        IOCommit(context, 1);
+        return 1;
+    }
     if (IsInternal(context)) {
         return PutInternal(context, 1, [byte](char* to, int32_t) { *to = static_cast<char>(byte); });
     }

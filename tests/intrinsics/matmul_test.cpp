@@ -237,6 +237,11 @@ TEST(Matmul, PackedBlocksAndSweeps) {
                                        Matrix<int16_t>::kTransposed, random);
     CheckMatmul<double, double, double>(_vrmmr8, 30, 450, 700, Matrix<double>::kColumnMajor,
                                         Matrix<double>::kColumnMajor, random);
+    // B in column panels, converted on the way, with edges that are no whole tile.
+    CheckMatmul<double, float, double>(_vrmmr8, 37, 450, 701, Matrix<float>::kStridedBackward,
+                                       Matrix<double>::kColumnMajor, random);
+    CheckMatmul<double, double, int32_t>(_vrmmr8, 61, 333, 407, Matrix<double>::kColumnMajor,
+                                         Matrix<int32_t>::kColumnMajor, random);
 }
 
 // m + n + k of 216 runs on the caller's thread, 217 through the threaded layer; three
