@@ -275,7 +275,11 @@ ListFacts ReadList(LocalContext* context, const KeywordList* keywords) {
             facts.id = wide >= 0 && wide <= INT32_MAX ? static_cast<int32_t>(wide) : -1;
             break;
         }
-        default: TakeMessageSpecifier(context, entry); break;
+        case VRN_KEY_IOMSG:
+        case VRN_KEY_MSGLINE:
+        case VRN_KEY_MSGFILE:
+        case VRN_TAG_IOSTAT8: TakeMessageSpecifier(context, entry); break;
+        default: break;
         }
     }
     return facts;
