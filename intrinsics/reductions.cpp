@@ -265,6 +265,24 @@ void MaskedReduction(ResultRecord* record, const void* sourceData, int32_t dim, 
         }
         return;
     }
+    if (source.rank == 2 && !arrayMask && order[1] == dim - 1 && source.stride[order[0]] == 1 &&
+        resultStride[order[0]] == 1) {
+        // The reduced dimension is outer and the result row and the source columns are
+        // contiguous: the walk's own order, with an inner loop over the row that the
+        // compiler can turn into vectors (each element still folds its terms in order).
+        int32_t inner = order[0];
+        int32_t outer = order[1];
+        const int64_t n = source.extent[inner];
+        for (int64_t j = 0; j < source.extent[outer]; ++j) {
+            const unsigned char* column = source.data + j * source.stride[outer] * static_cast<int64_t>(sizeof(T));
+            for (int64_t i = 0; i < n; ++i) {
+                T m = Load<T>(result, i);
+                Fold::Guarded(m, Load<T>(column, i));
+                Store(result, i, m);
+            }
+        }
+        return;
+    }
     Loops loops = MakeLoops(source, arrayMask ? &mask : nullptr, order, resultStride);
     Walk(loops, [&](int64_t s, int64_t k, int64_t r) {
         if (arrayMask && !MaskTrue(mask, k)) return;
