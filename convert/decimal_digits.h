@@ -61,12 +61,17 @@ inline char* Write32(uint32_t v, char* end) {
         PutEight(v % 100000000u, end);
         end -= 8;
         v /= 100000000u;  // 1 to 42
-    } else {
-        while (v >= 100) {
-            end -= 2;
-            PutPair(end, v % 100);
-            v /= 100;
-        }
+    } else if (v >= 10000u) {
+        uint32_t low = v % 10000u;
+        v /= 10000u;  // 1 to 9999
+        PutPair(end - 4, low / 100);
+        PutPair(end - 2, low % 100);
+        end -= 4;
+    }
+    if (v >= 100) {
+        end -= 2;
+        PutPair(end, v % 100);
+        v /= 100;
     }
     if (v >= 10) {
         end -= 2;
