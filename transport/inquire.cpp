@@ -266,15 +266,10 @@ ListFacts ReadList(LocalContext* context, const KeywordList* keywords) {
             if (entry.b == VRN_KEY_PENDING) facts.pendingAsked = true;
             break;
         case VRN_KEY_ID:
+        case VRN_TAG_ID8:
             facts.idGiven = true;
-            facts.id = static_cast<int32_t>(static_cast<uint32_t>(entry.a));
+            facts.id = RequestIdOf(entry);
             break;
-        case VRN_TAG_ID8: {
-            facts.idGiven = true;
-            auto wide = static_cast<int64_t>((static_cast<uint64_t>(entry.a) << 32) | entry.b);
-            facts.id = wide >= 0 && wide <= INT32_MAX ? static_cast<int32_t>(wide) : -1;
-            break;
-        }
         case VRN_KEY_IOMSG:
         case VRN_KEY_MSGLINE:
         case VRN_KEY_MSGFILE:

@@ -22,6 +22,8 @@
 
 #include "core/lists.h"
 
+struct KeywordEntry;
+
 struct GlobalContext;
 struct LocalContext;
 struct UnitRecord;
@@ -133,6 +135,10 @@ void AIOWriteSplitComplex(LocalContext* context, const uint8_t* item, int32_t le
 void AIOReadSplitComplex(LocalContext* context, uint8_t* item, int32_t length, int32_t kind);
 
 // ---- WAIT and INQUIRE (wait_statement.cpp) ----
+
+// The request an ID= entry names (VRN_KEY_ID, or VRN_TAG_ID8 with the value's halves in a
+// and b). No request has an ID outside 32 bits: such a value names none, -1.
+int32_t RequestIdOf(const KeywordEntry& entry);
 int32_t WaitCmd(GlobalContext* global, LocalContext* context, int32_t unitNumber, const KeywordList* keywords);
 // PENDING= of INQUIRE: true while a transfer of the request `id` (or, with `id` 0 and no
 // ID= given, of the unit) runs. A finished one is waited for, as a WAIT would, and its

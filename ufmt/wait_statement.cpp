@@ -11,6 +11,12 @@
 #include "ufmt/async_io.h"
 #include "vrn90.h"
 
+int32_t RequestIdOf(const KeywordEntry& entry) {
+    if ((entry.tag & 0xFFFFu) != VRN_TAG_ID8) return static_cast<int32_t>(static_cast<uint32_t>(entry.a));
+    auto wide = static_cast<int64_t>((static_cast<uint64_t>(entry.a) << 32) | entry.b);
+    return wide >= 0 && wide <= INT32_MAX ? static_cast<int32_t>(wide) : -1;
+}
+
 namespace {
 
 struct WaitSpecifiers {
@@ -27,16 +33,10 @@ WaitSpecifiers ReadWaitSpecifiers(const KeywordList* keywords) {
         const KeywordEntry& entry = keywords->entries[i];
         switch (entry.tag & 0xFFFFu) {
         case VRN_KEY_ID:
+        case VRN_TAG_ID8:
             given.idGiven = true;
-            given.id = static_cast<int32_t>(static_cast<uint32_t>(entry.a));
+            given.id = RequestIdOf(entry);
             break;
-        case VRN_TAG_ID8: {
-            given.idGiven = true;
-            auto wide = static_cast<int64_t>((static_cast<uint64_t>(entry.a) << 32) | entry.b);
-            // No request has an ID outside 32 bits: such a value finds none.
-            given.id = wide >= 0 && wide <= INT32_MAX ? static_cast<int32_t>(wide) : -1;
-            break;
-        }
         case VRN_KEY_DONE:
             given.done = reinterpret_cast<void*>(entry.a);
             given.doneSize = entry.b;
