@@ -126,6 +126,12 @@ void Cover(const UnitHeader& header, const Row& row, uint64_t next, LineQuery* q
     }
 }
 
+// A line advance in a damaged table may run past the 64-bit range: it wraps, as the
+// machine's own addition would, and the line is merely wrong.
+int64_t AddLines(int64_t line, int64_t delta) {
+    return static_cast<int64_t>(static_cast<uint64_t>(line) + static_cast<uint64_t>(delta));
+}
+
 void RunProgram(ByteReader& in, const UnitHeader& header, LineQuery* queries, size_t count) {
     in.Seek(header.programStart);
     Row row, previous;
@@ -144,7 +150,7 @@ void RunProgram(ByteReader& in, const UnitHeader& header, LineQuery* queries, si
         if (opcode >= header.opcodeBase) {
             uint8_t adjusted = static_cast<uint8_t>(opcode - header.opcodeBase);
             row.address += static_cast<uint64_t>(adjusted / header.lineRange) * header.minimumInstructionLength;
-            row.line += header.lineBase + adjusted % header.lineRange;
+            row.line = AddLines(row.line, header.lineBase + adjusted % header.lineRange);
             emit();
             continue;
         }
@@ -152,7 +158,8 @@ void RunProgram(ByteReader& in, const UnitHeader& header, LineQuery* queries, si
         case kExtended: {
             uint64_t length = in.Uleb();
             size_t start = in.position();
-            if (length == 0 || length > header.end - start) return;
+            // A length read past the unit's end would wrap the seek below back into it.
+            if (start > header.end || length == 0 || length > header.end - start) return;
             uint8_t sub = in.U8();
             if (sub == kEndSequence) {
                 emit();
@@ -165,7 +172,7 @@ void RunProgram(ByteReader& in, const UnitHeader& header, LineQuery* queries, si
         }
         case kCopy: emit(); break;
         case kAdvancePc: row.address += in.Uleb() * header.minimumInstructionLength; break;
-        case kAdvanceLine: row.line += in.Sleb(); break;
+        case kAdvanceLine: row.line = AddLines(row.line, in.Sleb()); break;
         case kSetFile: row.file = in.Uleb(); break;
         case kSetColumn: in.Uleb(); break;
         case kNegateStatement:
